@@ -1,0 +1,31 @@
+// Everything a caller needs: the records with their conversions, the arena, the generic codecs, and the runtime's
+// exceptions.
+#pragma once
+
+#include <common/app_info.h>
+#include <common/arena_size.h>
+#include <common/client_certs.h>
+#include <common/connection_settings.h>
+#include <common/connector_parameters.h>
+#include <common/connector_state.h>
+#include <common/event.h>
+#include <common/file_transfer.h>
+#include <common/id_specification.h>
+#include <common/license_info.h>
+#include <common/product_status.h>
+#include <common/server_connection.h>
+#include <common/subscriptions.h>
+#include <common/timestamp.h>
+#include <common/update_identifiers.h>
+#include <common/zt_arena.h>
+#include <common/zt_blob.h>
+#include <common/zt_optional.h>
+#include <common/zt_range.h>
+#include <common/zt_set.h>
+#include <common/zt_string.h>
+#include <common/zt_vector.h>
+#include <ivo/constants.h>
+#include <mur/exception.h>
+#include <mur/result_code.h>
+#include <mur/stream.h>
+#include <wem/types/timestamp.h>

@@ -1,0 +1,10 @@
+# Sourced by the scripts. `step NAME COMMAND...` announces a step, runs it, and ends the script where it fails.
+step() {
+    stepName=$1
+    shift
+    printf '\n== %s\n' "$stepName"
+    "$@" || {
+        printf '\nstep failed: %s\n' "$stepName" >&2
+        exit 1
+    }
+}

@@ -1,0 +1,97 @@
+// Makes records of any type out of their tables: each string, blob, list and set gets the size that the caller's function
+// chooses between 0 and its limit. For properties that hold for every record.
+#pragma once
+
+#include <common/vyn_connector_common.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace any_record {
+
+using namespace vyn_connector;
+namespace kind = vyn_connector::common::kind;
+
+// Given a field's limit, the size to make it; for an optional member, whose limit is 1, whether it is there.
+using ChooseSize = std::function<std::uint64_t(std::uint64_t limit)>;
+
+template <typename Record>
+Record Make(const ChooseSize& choose);
+
+inline std::string MakeText(std::uint64_t size, std::uint64_t number = 0)
+{
+    std::string text = std::to_string(number);
+    text.resize(size, '.');
+    return text;
+}
+
+template <typename Value>
+void Fill(kind::InPlace, Value&, const ChooseSize&)
+{
+}
+template <std::size_t MaxBytes>
+void Fill(kind::Text<MaxBytes>, std::string& value, const ChooseSize& choose)
+{
+    value = MakeText(choose(MaxBytes));
+}
+inline void Fill(kind::Blob, std::vector<std::uint8_t>& value, const ChooseSize& choose)
+{
+    value.resize(choose(kind::Blob::limit));
+}
+template <typename Record>
+void Fill(kind::Nested, Record& value, const ChooseSize& choose)
+{
+    value = Make<Record>(choose);
+}
+template <std::uint64_t MaxCount, typename Element>
+void Fill(kind::List<MaxCount>, std::vector<Element>& values, const ChooseSize& choose)
+{
+    for (std::uint64_t count = choose(MaxCount); count > 0; --count)
+        values.push_back(Make<Element>(choose));
+}
+template <std::int64_t MaxCount, typename Element>
+void Fill(kind::Range<MaxCount>, std::vector<Element>& values, const ChooseSize& choose)
+{
+    values.resize(choose(MaxCount));
+}
+template <typename ElementKind, typename Element>
+void Fill(kind::Optional<ElementKind>, std::optional<Element>& value, const ChooseSize& choose)
+{
+    if (choose(1) == 0) return;
+    Fill(ElementKind{}, value.emplace(), choose);
+}
+// Equal texts would collapse, so each is long enough for a number of its own.
+template <std::uint64_t MaxCount>
+void Fill(kind::Set<MaxCount>, std::unordered_set<std::string>& values, const ChooseSize& choose)
+{
+    for (std::uint64_t count = choose(MaxCount); count > 0; --count)
+        values.insert(MakeText(3 + choose(125), count));
+}
+template <std::size_t MaxCount>
+void Fill(kind::Entries<MaxCount>, VynSubscriptions& value, const ChooseSize& choose)
+{
+    for (std::uint64_t count = choose(MaxCount); count > 0; --count) {
+        VynSubscription entry = Make<VynSubscription>(choose);
+        value.emplace(static_cast<VynEventSeverity>(count - 1), std::move(entry.second));
+    }
+}
+template <std::size_t Count, std::size_t MaxBytes>
+void Fill(kind::Texts<Count, MaxBytes>, std::array<std::string, Count>& values, const ChooseSize& choose)
+{
+    for (std::string& value : values)
+        value = MakeText(choose(MaxBytes));
+}
+
+template <typename Record>
+Record Make(const ChooseSize& choose)
+{
+    Record record{};
+    common::ForEachRow<Record>([&](auto row) {
+        using Row = decltype(row);
+        if constexpr (common::isField<Row>) Fill(typename Row::Kind{}, Row::InDomain::Of(record), choose);
+    });
+    return record;
+}
+
+} // namespace any_record

@@ -1,0 +1,31 @@
+#!/usr/bin/env python3
+"""Compiles every installed public header by itself, as a caller's compiler would see it, all warnings being
+errors: check_headers.py INCLUDE_DIR COMPILER [FLAG...]"""
+import os
+import pathlib
+import subprocess
+import sys
+
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
+
+
+def main():
+    includeDir = pathlib.Path(sys.argv[1])
+    command = sys.argv[2:] + WARNINGS + ["-fsyntax-only", "-I", str(includeDir), "-x", "c++", "-"]
+    headers = sorted(str(path.relative_to(includeDir)) for path in includeDir.rglob("*.h"))
+    if not headers:
+        sys.exit(f"{includeDir} holds no headers")
+
+    failed = []
+    for header in headers:
+        # Twice, because a header without its guard shows only then.
+        program = f"#include <{header}>\n#include <{header}>\n"
+        if subprocess.run(command, input=program, text=True, env={**os.environ, "LC_ALL": "C"}).returncode != 0:
+            failed.append(header)
+    for header in failed:
+        print(f"does not compile by itself: {header}")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,99 @@
+// Uses the installed library as a stranger would: converts a record and back, and catches by type what the library
+// throws. Built as C++17 and as C++20; exits with 0 when all went as it should.
+#include <common/vyn_connector_common.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using vyn_connector::common::CastFromZt;
+using vyn_connector::common::CastToZt;
+
+bool passes(bool condition, const char* what)
+{
+    if (!condition) std::fprintf(stderr, "consumer: %s\n", what);
+    return condition;
+}
+
+bool convertsBothWays()
+{
+    std::array<std::uint8_t, 64> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+#if __cplusplus >= 202002L
+    const vyn_connector::Credentials sent{.userName = "user", .password = "secret"};
+#else
+    const vyn_connector::Credentials sent{"user", "secret"};
+#endif
+    const tq_vyn_connector_VynTypes_Credentials wire = CastToZt(sent, &arena);
+    return passes(arena.top == arena.start + 10, "the arena does not hold the record's ten bytes") &&
+           passes(CastFromZt(wire, &arena) == sent, "the record did not come back as it was sent");
+}
+
+bool throwsExhaustion()
+{
+    std::array<std::uint8_t, 3> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    try {
+        CastToZt(vyn_connector::Credentials{"user", ""}, &arena);
+    } catch (const mur::InvalidArgumentException&) {
+        return passes(false, "exhaustion arrived as an argument error");
+    } catch (const mur::ResultCodeException& error) {
+        const auto text = error.Text();
+        return passes(std::u16string_view(text) == u"0x80000062 (Out of space)", "exhaustion has another text");
+    }
+    return passes(false, "four bytes went into an arena of three");
+}
+
+// Codecs that only the caller instantiates; their errors need the runtime's exceptions and fmt.
+bool refusesTextOverCallersOwnLimit()
+{
+    std::array<std::uint8_t, 8> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    zt_ptr_t pointer{};
+    try {
+        vyn_connector::common::StringToZt<5>("123456", &pointer, &arena);
+    } catch (const std::length_error&) {
+        return true;
+    }
+    return passes(false, "six characters went into a string of at most five");
+}
+
+bool refusesPointerOutside()
+{
+    std::array<std::uint8_t, 8> buffer{};
+    const zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    const zt_ptr_t pointer{9, 0};
+    try {
+        vyn_connector::common::ZtToOptional<std::uint8_t, int>(
+            &pointer, &arena, [](std::uint8_t byte, const zt_arena*) { return static_cast<int>(byte); });
+    } catch (const std::out_of_range& error) {
+        return passes(error.what() ==
+                          std::string("zt optional: zt_arena does not contain an element with the address 9"),
+                      "a pointer outside the arena has another text");
+    }
+    return passes(false, "a pointer outside the arena was followed");
+}
+
+bool refusesNullArgument()
+{
+    try {
+        vyn_connector::common::StringToZt<5>("12345", nullptr, nullptr);
+    } catch (const mur::Exception& error) {
+        return passes(error.line == 21, "the argument error names another line");
+    }
+    return passes(false, "a null arena was accepted");
+}
+
+} // namespace
+
+int main()
+{
+    const bool passed = convertsBothWays() && throwsExhaustion() && refusesTextOverCallersOwnLimit() &&
+                        refusesPointerOutside() && refusesNullArgument();
+    return passed ? 0 : 1;
+}
