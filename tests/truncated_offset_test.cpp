@@ -169,6 +169,19 @@ TEST_F(FarTop, ASetLandsWhereAReaderLooks)
     EXPECT_EQ((ZtToSet<zt_ptr_t, std::string, ReadString>(&out, &arena, &CastFromZt)), (Set{"abc"}));
 }
 
+TEST(Offset, HasAllThirtyTwoBits)
+{
+    constexpr std::uintptr_t start = 0x10000;
+    for (const std::uint32_t offset : {0x7FFFFFFFu, 0x80000000u, 0x80000001u, 0xFFFFFFFFu}) {
+        zt_arena arena = MadeUp(start, start + offset, start + offset);
+        zt_ptr_t out = untouched;
+
+        StringToZt<128>("", &out, &arena);
+
+        EXPECT_EQ(out, (zt_ptr_t{offset, 0}));
+    }
+}
+
 // --- Where the cut pointer does not resolve: the start is null, and so is the start plus the cut offset ---
 
 class NullAddress : public testing::Test {

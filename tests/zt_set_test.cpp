@@ -303,7 +303,7 @@ TEST(SetReader, CollapsesRepeatedStrings)
 TEST(SetReader, ConvertsTheElementsInOrder)
 {
     TestArena arena(48);
-    arena.Put(0, "05 00*15 06 00*15 05 00*15");
+    arena.Put(0, "05 00*15 06 00*15 06 00*15");
     const zt_ptr_t pointer{0, 48};
     std::vector<std::uint64_t> converted;
 
@@ -313,7 +313,7 @@ TEST(SetReader, ConvertsTheElementsInOrder)
         return wire.id;
     });
 
-    EXPECT_EQ(converted, (std::vector<std::uint64_t>{5, 6, 5}));
+    EXPECT_EQ(converted, (std::vector<std::uint64_t>{5, 6, 6}));
 }
 
 TEST(SetReader, ReadsElementsAtAnyAddress)

@@ -42,10 +42,8 @@ namespace kind {
 
 // A fixed array of strings, each of at most MaxBytes.
 template <std::size_t Count, std::size_t MaxBytes>
-struct Texts {
+struct Texts : Joins<std::array<std::string, Count>, zt_ptr_t[Count]> {
     static constexpr std::size_t limit = MaxBytes;
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::array<std::string, Count>>&& std::is_same_v<W, zt_ptr_t[Count]>;
 };
 
 } // namespace kind

@@ -56,50 +56,46 @@ inline constexpr bool isDescribed<Domain, std::void_t<WireOf<Domain>>> = true;
 // which two members a kind can join.
 namespace kind {
 
+// For kinds that join two types and no others.
+template <typename OnDomain, typename OnWire>
+struct Joins {
+    template <typename D, typename W>
+    static constexpr bool fits = std::conjunction_v<std::is_same<D, OnDomain>, std::is_same<W, OnWire>>;
+};
+
 // What lies in the wire structure alone and takes nothing from the arena.
 struct InPlace {};
 
 // An integer of one type on both sides, copied bit for bit.
 struct Number : InPlace {
     template <typename D, typename W>
-    static constexpr bool fits = std::is_integral_v<D> && !std::is_same_v<D, bool> && std::is_same_v<D, W>;
+    static constexpr bool fits =
+        std::conjunction_v<std::is_integral<D>, std::negation<std::is_same<D, bool>>, std::is_same<D, W>>;
 };
 
 // A bool, as the byte that it is; on reading, any byte but zero is true.
-struct Flag : InPlace {
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, bool>&& std::is_same_v<W, std::uint8_t>;
-};
+struct Flag : InPlace, Joins<bool, std::uint8_t> {};
 
 // An enumeration, as its integer. No value is refused.
 struct Enumeration : InPlace {
     template <typename D, typename W>
-    static constexpr bool fits = std::is_enum_v<D>&& std::is_integral_v<W> && sizeof(D) == sizeof(W);
+    static constexpr bool fits =
+        std::conjunction_v<std::is_enum<D>, std::is_integral<W>, std::bool_constant<sizeof(D) == sizeof(W)>>;
 };
 
 // Sixteen bytes, as they stand.
-struct Bytes : InPlace {
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::array<std::byte, 16>>&& std::is_same_v<W, std::uint8_t[16]>;
-};
+struct Bytes : InPlace, Joins<std::array<std::byte, 16>, std::uint8_t[16]> {};
 
 // A time stamp, as its signed 64-bit count without change of unit.
-struct Time : InPlace {
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, wem::types::Timestamp>&& std::is_same_v<W, std::int64_t>;
-};
+struct Time : InPlace, Joins<wem::types::Timestamp, std::int64_t> {};
 
 template <std::size_t MaxBytes>
-struct Text {
+struct Text : Joins<std::string, zt_ptr_t> {
     static constexpr std::size_t limit = MaxBytes;
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::string>&& std::is_same_v<W, zt_ptr_t>;
 };
 
-struct Blob {
+struct Blob : Joins<std::vector<std::uint8_t>, zt_ptr_t> {
     static constexpr std::size_t limit = maxBlobSize; // bytes
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::vector<std::uint8_t>>&& std::is_same_v<W, zt_ptr_t>;
 };
 
 // A described record inside another, by value.
@@ -113,7 +109,8 @@ template <std::uint64_t MaxCount>
 struct List {
     static constexpr std::uint64_t limit = MaxCount;
     template <typename D, typename W>
-    static constexpr bool fits = isDescribed<typename D::value_type>&& std::is_same_v<W, zt_ptr_t>;
+    static constexpr bool fits =
+        std::conjunction_v<std::bool_constant<isDescribed<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
 };
 
 // What the slot of an optional member holds: Optional<Text<128>> a string's zt_ptr_t, Optional<Time> a count,
@@ -121,7 +118,8 @@ struct List {
 template <typename Element>
 struct Optional {
     template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::optional<typename D::value_type>>&& std::is_same_v<W, zt_ptr_t>;
+    static constexpr bool fits =
+        std::conjunction_v<std::is_same<D, std::optional<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
 };
 
 } // namespace kind
@@ -192,8 +190,10 @@ inline constexpr bool isOnWire = false;
 template <typename Row>
 inline constexpr bool isOnWire<Row, std::void_t<decltype(Row::width)>> = true;
 
+template <typename Row, typename = void>
+inline constexpr bool isField = false;
 template <typename Row>
-inline constexpr bool isField = isInDomain<Row>&& isOnWire<Row>;
+inline constexpr bool isField<Row, std::void_t<typename Row::Kind>> = true;
 
 template <typename... Rows>
 struct RowList {

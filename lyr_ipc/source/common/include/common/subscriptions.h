@@ -65,21 +65,16 @@ namespace kind {
 
 // A set of strings of at most 128 bytes each.
 template <std::uint64_t MaxCount>
-struct Set {
+struct Set : Joins<std::unordered_set<std::string>, zt_ptr_t> {
     static constexpr std::uint64_t limit = MaxCount;
-    template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, std::unordered_set<std::string>>&& std::is_same_v<W, zt_ptr_t>;
 };
 
 // A map's entries inline, without a count. An unused entry is all zero and reads as severity 0 with no names: written
 // and read back, a record without severity 0 and with fewer than MaxCount entries comes back with one more. The format
 // is like that, and both ends rely on it.
 template <std::size_t MaxCount>
-struct Entries {
+struct Entries : Joins<VynSubscriptions, tq_vyn_connector_VynTypes_VynSubscription[MaxCount]> {
     static constexpr std::size_t limit = MaxCount;
-    template <typename D, typename W>
-    static constexpr bool fits =
-        std::is_same_v<D, VynSubscriptions>&& std::is_same_v<W, tq_vyn_connector_VynTypes_VynSubscription[MaxCount]>;
 };
 
 } // namespace kind

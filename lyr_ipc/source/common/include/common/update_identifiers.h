@@ -29,7 +29,8 @@ template <std::int64_t MaxCount>
 struct Range {
     static constexpr std::int64_t limit = MaxCount;
     template <typename D, typename W>
-    static constexpr bool fits = isDescribed<typename D::value_type>&& std::is_same_v<W, zt_ptr_t>;
+    static constexpr bool fits =
+        std::conjunction_v<std::bool_constant<isDescribed<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
 };
 
 } // namespace kind
