@@ -31,7 +31,7 @@ struct tq_vyn_connector_VynTypes_ShuffledWire {
 };
 
 struct tq_vyn_connector_VynTypes_Whole {
-    std::uint8_t reserved[4];
+    std::uint8_t reserved[16];
     std::int32_t count;
 };
 
@@ -41,7 +41,7 @@ namespace vyn_connector::common {
 namespace kind {
 struct Count {
     template <typename D, typename W>
-    static constexpr bool fits = std::is_same_v<D, Whole>&& std::is_same_v<W, std::int32_t>;
+    static constexpr bool fits = std::conjunction_v<std::is_same<D, Whole>, std::is_same<W, std::int32_t>>;
 };
 } // namespace kind
 
@@ -54,9 +54,9 @@ VYN_RECORD(Shuffled, ShuffledWire, 20, 4,
     VYN_PADDING    (16, 4),
     VYN_DOMAIN_ONLY(atHome));
 
-VYN_RECORD(Whole, Whole, 8, 4,
-    VYN_PADDING(0, 4),
-    VYN_WHOLE  (4, 4, count, Count));
+VYN_RECORD(Whole, Whole, 20, 4,
+    VYN_PADDING( 0, 16),
+    VYN_WHOLE  (16,  4, count, Count));
 // clang-format on
 
 } // namespace vyn_connector::common
@@ -162,7 +162,7 @@ TEST(Description, SortsTheMembersByTheirPlaceInTheRecord)
 
 TEST(Description, OfAListWithoutARecordHoldsTheListItself)
 {
-    EXPECT_EQ(Lines<Whole>(), (StringList{": 0+4", "count: 4+4 Count"}));
+    EXPECT_EQ(Lines<Whole>(), (StringList{": 0+16", "count: 16+4 Count"}));
 
     const Whole value{1, 2, 3};
     ForEachRow<Whole>([&](auto row) {

@@ -56,7 +56,7 @@ std::string_view platform_result_code_message(std::uint32_t code) noexcept
 
 std::string_view result_code_message(int code) noexcept
 {
-    const std::uint32_t bits = static_cast<std::uint32_t>(code);
+    const auto bits = static_cast<std::uint32_t>(code);
     switch (bits >> 16 & 0x7FFF) {
     case 0:
         return rtl_result_code_message(code);

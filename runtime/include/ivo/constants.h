@@ -23,7 +23,7 @@ public:
 
     // Never a constant initialiser: whatever standard a unit is compiled for, `Root` is then built under the same
     // guard, in writable memory.
-    Path() {}
+    Path() {} // NOLINT(modernize-use-equals-default): a defaulted one would be constexpr
     explicit Path(std::vector<component> pathComponents) : components(std::move(pathComponents)) {}
 
     std::size_t size() const noexcept { return components.size(); }

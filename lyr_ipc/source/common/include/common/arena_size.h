@@ -130,29 +130,16 @@ constexpr std::uintptr_t After(kind::Range<MaxCount>, const Values& values, std:
     return AfterElements<Wire>(at, SizeOf(values, MaxCount));
 }
 
-template <typename Value>
-struct SlotOf {
-    using Type = WireOf<Value>;
-};
-template <>
-struct SlotOf<std::string> {
-    using Type = zt_ptr_t;
-};
-template <>
-struct SlotOf<wem::types::Timestamp> {
-    using Type = std::int64_t;
-};
-
 template <typename ElementKind, typename Value>
 constexpr std::uintptr_t After(kind::Optional<ElementKind>, const std::optional<Value>& value, std::uintptr_t at)
 {
     if (!value.has_value()) return at;
-    return After(ElementKind{}, *value, AfterElements<typename SlotOf<Value>::Type>(at, 1));
+    return After(ElementKind{}, *value, AfterElements<typename kind::SlotOf<Value>::Type>(at, 1));
 }
 template <typename ElementKind, typename Value>
 constexpr std::uintptr_t After(kind::Optional<ElementKind>, Largest<std::optional<Value>>, std::uintptr_t at)
 {
-    return After(ElementKind{}, Largest<Value>{}, AfterElements<typename SlotOf<Value>::Type>(at, 1));
+    return After(ElementKind{}, Largest<Value>{}, AfterElements<typename kind::SlotOf<Value>::Type>(at, 1));
 }
 
 template <std::uint64_t MaxCount>

@@ -113,13 +113,28 @@ struct List {
         std::conjunction_v<std::bool_constant<isDescribed<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
 };
 
-// What the slot of an optional member holds: Optional<Text<128>> a string's zt_ptr_t, Optional<Time> a count,
-// Optional<Nested> a record.
+// What an optional member has in its slot: a string its zt_ptr_t, a time stamp its count, a record its wire structure.
+template <typename Value>
+struct SlotOf {
+    using Type = WireOf<Value>;
+};
+template <>
+struct SlotOf<std::string> {
+    using Type = zt_ptr_t;
+};
+template <>
+struct SlotOf<wem::types::Timestamp> {
+    using Type = std::int64_t;
+};
+
+// Optional<Text<128>>, Optional<Time>, Optional<Nested>.
 template <typename Element>
 struct Optional {
+    template <typename Value>
+    using Fits = std::bool_constant<Element::template fits<Value, typename SlotOf<Value>::Type>>;
     template <typename D, typename W>
-    static constexpr bool fits =
-        std::conjunction_v<std::is_same<D, std::optional<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
+    static constexpr bool fits = std::conjunction_v<std::is_same<D, std::optional<typename D::value_type>>,
+                                                    std::is_same<W, zt_ptr_t>, Fits<typename D::value_type>>;
 };
 
 } // namespace kind
@@ -256,6 +271,25 @@ private:
     }
 };
 
+// A structure of up to 16 bytes is returned in registers, where padding would not keep its zeros.
+struct KeepsPadding {
+    template <typename... Rows>
+    constexpr bool operator()(Rows...) const
+    {
+        const std::size_t inFields = (std::size_t{0} + ... + WidthOfField<Rows>());
+        const std::size_t size = EndOfWire{}(Rows{}...);
+        return size > 16 || inFields == size;
+    }
+
+private:
+    template <typename Row>
+    static constexpr std::size_t WidthOfField()
+    {
+        if constexpr (isField<Row>) return Row::width;
+        return 0;
+    }
+};
+
 // Whether a structure can be made of values of these types, in this order.
 template <typename Domain, typename Values, typename = void>
 inline constexpr bool isMadeOf = false;
@@ -355,6 +389,8 @@ using vyn_connector::operator!=;
                   "the wire structure has not the size and alignment that its table gives");                           \
     static_assert(Description<DOMAIN>::Rows(table::EndOfWire{}) == (SIZE),                                             \
                   "the rows leave out, repeat or misplace bytes of the wire structure");                               \
+    static_assert(Description<DOMAIN>::Rows(table::KeepsPadding{}),                                                    \
+                  "a wire structure of up to 16 bytes cannot keep padding");                                           \
     static_assert(table::CoversDomain<DOMAIN>(MembersInOrder<DOMAIN>{}),                                               \
                   "the rows leave out or repeat a member of the domain record")
 

@@ -1,0 +1,29 @@
+// error: a wire structure of up to 16 bytes cannot keep padding
+//
+// Its two bytes after number would travel as whatever a register holds.
+#include "sample.h"
+
+namespace vyn_connector {
+
+struct Small {
+    std::string text;
+    std::uint16_t number{};
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Small {
+    zt_ptr_t text;
+    std::uint16_t number;
+};
+
+namespace vyn_connector::common {
+
+// clang-format off
+VYN_RECORD(Small, Small, 12, 4,
+    VYN_FIELD  ( 0,  8, text,   Text<128>),
+    VYN_FIELD  ( 8,  2, number, Number),
+    VYN_PADDING(10,  2));
+// clang-format on
+
+} // namespace vyn_connector::common
