@@ -74,9 +74,8 @@ void append_literal(types::wide_string& text, std::string_view literal)
         std::mbstate_t state{};
         wchar_t wide = 0;
         if (std::mbrtowc(&wide, &byte, 1, &state) != 1) return;
-        const auto character = static_cast<std::uint32_t>(wide);
-        if (character == 0 || character > 0xFFFF) return;
-        text.append(1, static_cast<char16_t>(character));
+        if (wide < 1 || wide > 0xFFFF) return;
+        text.append(1, static_cast<char16_t>(wide));
     }
 }
 
