@@ -96,7 +96,15 @@ using Records =
                    AppInfo, DynamicAppInfo, LicenseKeyInfo, LicenseInfo, FileInfoParams, FileInfo, FileChunkParams,
                    FileChunk, ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynUpdateIdentifier,
                    VynUpdateIdentifiers, VynSubscription, VynSubscriptions, VynSubscriptionsWithHash, VynEvent>;
-TYPED_TEST_SUITE(ArenaSizeOfRecord, Records);
+
+struct WireName {
+    template <typename Record>
+    static std::string GetName(int)
+    {
+        return Description<Record>::name;
+    }
+};
+TYPED_TEST_SUITE(ArenaSizeOfRecord, Records, WireName);
 
 // An empty range of identifiers cannot be written.
 template <typename Record>
