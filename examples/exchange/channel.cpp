@@ -1,12 +1,14 @@
 #include "channel.h"
 
-#include <exception>
+#include "console.h"
+
+#include <algorithm>
 
 namespace exchange {
 
 namespace {
 
-// In the byte order of the machine, as wire structures are.
+// In the byte order of the machine, as wire structures are. All three sizes are 0 in the frame that ends a series.
 struct FrameHeader {
     char magic[4];
     std::uint32_t nameSize;
@@ -15,12 +17,10 @@ struct FrameHeader {
 };
 static_assert(sizeof(FrameHeader) == 16);
 
-constexpr char magic[4] = {'V', 'Y', 'N', '1'};
+constexpr char frameMagic[4] = {'V', 'Y', 'N', '1'};
 
-// No message of this conversation comes near; without them a broken peer could make us allocate anything.
-constexpr std::uint32_t maxNameSize = 64;
-constexpr std::uint32_t maxWireSize = 1024;
-constexpr std::uint32_t maxArenaSize = 16 << 20;
+constexpr std::size_t maxNameSize = 64;
+constexpr std::size_t maxArenaSize = std::size_t{16} << 20; // for records that could have gigabytes
 
 void Append(std::vector<std::uint8_t>& frame, const void* data, std::size_t size)
 {
@@ -28,39 +28,10 @@ void Append(std::vector<std::uint8_t>& frame, const void* data, std::size_t size
     frame.insert(frame.end(), bytes, bytes + size);
 }
 
-} // namespace
-
-// An arena's addresses must not be null, not even those of an empty one, which is what the vector would give.
-zt_arena FullArena(std::vector<std::uint8_t>& bytes)
-{
-    bytes.reserve(1);
-    return {bytes.data(), bytes.data() + bytes.size(), bytes.data() + bytes.size()};
-}
-
-zt_arena EmptyArena(std::vector<std::uint8_t>& bytes)
-{
-    bytes.reserve(1);
-    return {bytes.data(), bytes.data(), bytes.data() + bytes.size()};
-}
-
-void RaiseAbout(std::string_view record)
-{
-    try {
-        throw;
-    } catch (const mur::Exception& error) {
-        std::string text;
-        for (const char16_t character : std::u16string_view(error.Text()))
-            text += static_cast<char>(character); // the library's own texts are ASCII
-        throw std::runtime_error(fmt::format("{}: {}", record, text));
-    } catch (const std::exception& error) {
-        throw std::runtime_error(fmt::format("{}: {}", record, error.what()));
-    }
-}
-
-void Channel::SendMessage(const Message& message)
+std::vector<std::uint8_t> FrameOf(const Message& message)
 {
     FrameHeader header{};
-    std::memcpy(header.magic, magic, sizeof(magic));
+    std::memcpy(header.magic, frameMagic, sizeof(frameMagic));
     header.nameSize = static_cast<std::uint32_t>(message.record.size());
     header.wireSize = static_cast<std::uint32_t>(message.wire.size());
     header.arenaSize = static_cast<std::uint32_t>(message.arena.size());
@@ -71,28 +42,96 @@ void Channel::SendMessage(const Message& message)
     Append(frame, message.record.data(), message.record.size());
     Append(frame, message.wire.data(), message.wire.size());
     Append(frame, message.arena.data(), message.arena.size());
+    return frame;
+}
+
+} // namespace
+
+// An arena's addresses must not be null, not even those of an empty one, which is what the vector would give.
+zt_arena FullArena(std::vector<std::uint8_t>& buffer)
+{
+    buffer.reserve(1);
+    return {buffer.data(), buffer.data() + buffer.size(), buffer.data() + buffer.size()};
+}
+
+zt_arena EmptyArena(std::vector<std::uint8_t>& buffer)
+{
+    buffer.reserve(1);
+    return {buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+}
+
+void Channel::SendEnd()
+{
+    const std::vector<std::uint8_t> frame = FrameOf({});
     transport_.Send(frame.data(), frame.size());
 }
 
-Message Channel::ReceiveMessage(std::string_view record)
+void Channel::ReceiveEnd()
 {
-    FrameHeader header;
+    ReceiveMessage({"", 0, 0});
+}
+
+void Channel::SendMessage(const Message& message)
+{
+    const std::vector<std::uint8_t> frame = FrameOf(message);
+    transport_.Send(frame.data(), frame.size());
+    if (capture_ != nullptr) capture_->Write("sent", message.record, frame);
+}
+
+// Nothing is allocated on the word of the peer alone: the record has to be the one that is due, and its sizes possible.
+std::optional<Message> Channel::ReceiveMessage(const Expected& expected)
+{
+    FrameHeader header{};
     transport_.Receive(&header, sizeof(header));
-    if (std::memcmp(header.magic, magic, sizeof(magic)) != 0)
+    if (std::memcmp(header.magic, frameMagic, sizeof(frameMagic)) != 0)
         throw std::runtime_error("the peer does not speak this protocol");
-    if (header.nameSize > maxNameSize || header.wireSize > maxWireSize || header.arenaSize > maxArenaSize)
-        throw std::runtime_error(fmt::format("the peer announces a message of impossible size: {} + {} + {} bytes",
-                                             header.nameSize, header.wireSize, header.arenaSize));
+    if (header.nameSize > maxNameSize)
+        throw std::runtime_error(fmt::format("the peer sent a record name of {} bytes", header.nameSize));
+
     Message message;
     message.record.resize(header.nameSize);
+    transport_.Receive(message.record.data(), message.record.size());
+    const bool isEnd = message.record.empty();
+    if (!isEnd && message.record != expected.record) RaiseUnexpected(message.record, expected.record);
+    const std::size_t wireSize = isEnd ? 0 : expected.wireSize;
+    const std::size_t maxSize = isEnd ? 0 : std::min(expected.maxArenaSize, maxArenaSize);
+    if (header.wireSize != wireSize)
+        throw std::runtime_error(fmt::format("{}: the wire structure has {} bytes instead of {}", expected.record,
+                                             header.wireSize, wireSize));
+    if (header.arenaSize > maxSize)
+        throw std::runtime_error(fmt::format("{}: the arena has {} bytes, which is more than {}", expected.record,
+                                             header.arenaSize, maxSize));
+    if (isEnd) return std::nullopt;
+
     message.wire.resize(header.wireSize);
     message.arena.resize(header.arenaSize);
-    transport_.Receive(message.record.data(), message.record.size());
     transport_.Receive(message.wire.data(), message.wire.size());
     transport_.Receive(message.arena.data(), message.arena.size());
-    if (message.record != record)
-        throw std::runtime_error(fmt::format("the peer sent \"{}\" where {} is due", message.record, record));
+    if (capture_ != nullptr) capture_->Write("received", message.record, FrameOf(message));
     return message;
+}
+
+void Channel::RaiseAbout(std::string_view record)
+{
+    try {
+        throw;
+    } catch (const mur::Exception& error) {
+        std::string text;
+        const mur::types::wide_string wide = error.Text();
+        for (const char16_t character : std::u16string_view(wide))
+            text += static_cast<char>(character); // the library's own texts are ASCII
+        throw std::runtime_error(fmt::format("{}: {}", record, text));
+    } catch (const std::exception& error) {
+        throw std::runtime_error(fmt::format("{}: {}", record, error.what()));
+    }
+}
+
+void Channel::RaiseUnexpected(std::string_view received, std::string_view due)
+{
+    const auto name = [](std::string_view record) {
+        return record.empty() ? "the end" : "\"" + Printable(record) + "\"";
+    };
+    throw std::runtime_error(fmt::format("the peer sent {} where {} is due", name(received), name(due)));
 }
 
 } // namespace exchange

@@ -1,15 +1,17 @@
 // Records to and from the peer: a record is encoded into a wire structure and an arena, which travel in one frame, and
-// decoded on the other side. README.md describes the frame.
+// decoded on the other side. README.md describes the frame. All that passes is counted, and captured where that is
+// asked for.
 #pragma once
 
+#include "capture.h"
+#include "codec.h"
+#include "statistics.h"
 #include "transport.h"
 
-#include <common/vyn_connector_common.h>
-
-#include <fmt/format.h>
-
+#include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,39 +23,9 @@ struct Message {
     std::vector<std::uint8_t> arena;
 };
 
-// An arena over bytes that are there already: all of it is in use, or, to write into, none.
-zt_arena FullArena(std::vector<std::uint8_t>& bytes);
-zt_arena EmptyArena(std::vector<std::uint8_t>& bytes);
-
-// Throws, from within a catch block, the current exception again with the record's name before its text.
-[[noreturn]] void RaiseAbout(std::string_view record);
-
-template <typename Record>
-Message Encode(const Record& record)
-{
-    constexpr std::size_t arenaSize = 4096; // as much as the largest of these records needs, and more
-    Message message;
-    message.record = vyn_connector::common::Description<Record>::name;
-    message.arena.resize(arenaSize);
-    zt_arena arena = EmptyArena(message.arena);
-    const auto wire = vyn_connector::common::CastToZt(record, &arena);
-    message.arena.resize(static_cast<std::size_t>(arena.top - arena.start));
-    message.wire.resize(sizeof(wire));
-    std::memcpy(message.wire.data(), &wire, sizeof(wire));
-    return message;
-}
-
-template <typename Record>
-Record Decode(Message& message)
-{
-    vyn_connector::common::WireOf<Record> wire;
-    if (message.wire.size() != sizeof(wire))
-        throw std::runtime_error(
-            fmt::format("the wire structure has {} bytes instead of {}", message.wire.size(), sizeof(wire)));
-    std::memcpy(&wire, message.wire.data(), sizeof(wire));
-    const zt_arena arena = FullArena(message.arena);
-    return vyn_connector::common::CastFromZt(wire, &arena);
-}
+// An arena over a buffer: all of it is in use, or, to write into, none.
+zt_arena FullArena(std::vector<std::uint8_t>& buffer);
+zt_arena EmptyArena(std::vector<std::uint8_t>& buffer);
 
 // A record that came from the peer, and what it took.
 template <typename Record>
@@ -65,36 +37,95 @@ struct Received {
 
 class Channel {
 public:
-    explicit Channel(Transport& transport) : transport_(transport) {}
+    // `capture` may be null.
+    Channel(Transport& transport, Capture* capture) : transport_(transport), capture_(capture) {}
 
+    // Throws std::runtime_error with the record's name and the reason where the record cannot be encoded.
     template <typename Record>
     void Send(const Record& record)
-    try {
+    {
         SendMessage(Encode(record));
-    } catch (const PeerGone&) {
-        throw;
-    } catch (...) {
-        RaiseAbout(vyn_connector::common::Description<Record>::name);
     }
 
-    // The next message has to be this record.
+    // The next message has to be this record. Throws std::runtime_error where it is another one or does not decode.
     template <typename Record>
     Received<Record> Receive()
     {
-        constexpr const char* name = vyn_connector::common::Description<Record>::name;
-        Message message = ReceiveMessage(name);
-        try {
-            return {Decode<Record>(message), message.wire.size(), message.arena.size()};
-        } catch (...) {
-            RaiseAbout(name);
-        }
+        std::optional<Received<Record>> received = ReceiveOrEnd<Record>();
+        if (!received) RaiseUnexpected("", Codec<Record>::name);
+        return std::move(*received);
     }
 
+    // For a series of records: empty where the peer says that there are no more.
+    template <typename Record>
+    std::optional<Received<Record>> ReceiveOrEnd()
+    {
+        using Wire = typename Codec<Record>::Wire;
+        std::optional<Message> message = ReceiveMessage({Codec<Record>::name, sizeof(Wire), Codec<Record>::maxSize});
+        if (!message) return std::nullopt;
+        return Received<Record>{Decode<Record>(*message), message->wire.size(), message->arena.size()};
+    }
+
+    // The end of a series of records, or of a step.
+    void SendEnd();
+    void ReceiveEnd();
+
+    const Statistics& Counts() const { return statistics_; }
+
 private:
+    struct Expected {
+        std::string_view record;
+        std::size_t wireSize;
+        std::size_t maxArenaSize;
+    };
+
+    template <typename Record>
+    Message Encode(const Record& record)
+    try {
+        Message message;
+        message.record = Codec<Record>::name;
+        message.arena.resize(Codec<Record>::Size(record));
+        zt_arena arena = EmptyArena(message.arena);
+
+        const auto begin = std::chrono::steady_clock::now();
+        const auto wire = Codec<Record>::Encode(record, arena);
+        const auto end = std::chrono::steady_clock::now();
+
+        message.wire.resize(sizeof(wire));
+        std::memcpy(message.wire.data(), &wire, sizeof(wire));
+        statistics_.Encoded(message.record, message.wire.size(), message.arena.size(), end - begin);
+        return message;
+    } catch (...) {
+        RaiseAbout(Codec<Record>::name);
+    }
+
+    template <typename Record>
+    Record Decode(Message& message)
+    try {
+        typename Codec<Record>::Wire wire;
+        std::memcpy(&wire, message.wire.data(), sizeof(wire));
+        const zt_arena arena = FullArena(message.arena);
+
+        const auto begin = std::chrono::steady_clock::now();
+        Record record = Codec<Record>::Decode(wire, arena);
+        const auto end = std::chrono::steady_clock::now();
+
+        statistics_.Decoded(message.record, message.wire.size(), message.arena.size(), end - begin);
+        return record;
+    } catch (...) {
+        RaiseAbout(Codec<Record>::name);
+    }
+
+    // Throws the current exception again, with the record's name before its text.
+    [[noreturn]] static void RaiseAbout(std::string_view record);
+    [[noreturn]] static void RaiseUnexpected(std::string_view received, std::string_view due);
+
     void SendMessage(const Message& message);
-    Message ReceiveMessage(std::string_view record);
+    std::optional<Message> ReceiveMessage(const Expected& expected);
 
     Transport& transport_;
+    Capture* capture_;
+    Statistics statistics_;
 };
 
 } // namespace exchange

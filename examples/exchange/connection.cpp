@@ -1,13 +1,16 @@
-#include "connection.h"
-
+// Step 1: how the connector reaches its server, and with which settings it runs. The proxy is the machine's, the rest
+// stands in the settings file.
+#include "conversation.h"
 #include "proxy.h"
 #include "settings.h"
+#include "show.h"
 
 namespace exchange {
 
 namespace {
 
-// The records carry the fields; what they mean is agreed between those who use them. Here:
+// The records carry numbered fields; what they mean is agreed between those who use them. Here it is what the keys of
+// the settings file say.
 vyn_connector::SslSettings TlsFrom(const Settings& settings)
 {
     vyn_connector::SslSettings tls;
@@ -19,38 +22,56 @@ vyn_connector::SslSettings TlsFrom(const Settings& settings)
     return tls;
 }
 
-vyn_connector::Credentials CredentialsFrom(const Settings& settings)
+vyn_connector::VynConnectionParameters ParametersFrom(const Settings& settings, const std::string& proxyUrl)
 {
-    return {settings.Text("/credentials/userName"), settings.Text("/credentials/password")};
+    vyn_connector::VynConnectionParameters parameters;
+    parameters.serverParameters.address = settings.Text("/server/address");
+    if (!proxyUrl.empty()) parameters.serverParameters.proxy = ParseProxyUrl(proxyUrl);
+    parameters.serverParameters.ssl = TlsFrom(settings);
+    parameters.serverParameters.timeouts = {settings.Number64("/timeouts/connectMilliseconds"),
+                                            settings.Number64("/timeouts/requestMilliseconds")};
+    parameters.credentials = {settings.Text("/credentials/userName"), settings.Text("/credentials/password")};
+    return parameters;
 }
 
-template <typename Record>
-void Show(Console& console, const Received<Record>& received)
+vyn_connector::VynConnectorSettings ConnectorFrom(const Settings& settings)
 {
-    console.Line(fmt::format("{}: {} bytes of wire structure, {} bytes of arena",
-                             vyn_connector::common::Description<Record>::name, received.wireBytes,
-                             received.arenaBytes));
-    console.Fields(received.record);
+    return {settings.Number64("/connector/heartbeatSeconds"),    settings.Number64("/connector/reconnectSeconds"),
+            settings.Number64("/connector/maxReconnectSeconds"), settings.Number64("/connector/maxQueuedEvents"),
+            settings.Number64("/connector/maxQueuedBytes"),      settings.Number64("/connector/logLevel")};
+}
+
+// Of the free-form section any value goes: a string as its bytes, everything else as the JSON that it is.
+std::vector<vyn_connector::common::RawVynParam> FreeFormFrom(const Settings& settings)
+{
+    std::vector<vyn_connector::common::RawVynParam> params;
+    for (const auto& [name, value] : settings.Object("/parameters").items()) {
+        const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+        params.push_back({{text.begin(), text.end()}, name});
+    }
+    return params;
 }
 
 } // namespace
 
-void SendConnection(Channel& channel, Console& console, const Options& options)
+void SendConnection(Session& session)
 {
-    const Settings settings(options.settings);
-    const std::string url = options.proxy.empty() ? ProxyUrlOfThisMachine() : options.proxy;
-    if (url.empty()) console.Line("this machine names no proxy (https_proxy); an empty one is sent");
+    const Settings settings(session.options.settings);
+    const std::string url = session.options.proxy.empty() ? ProxyUrlOfThisMachine() : session.options.proxy;
+    if (url.empty()) session.console.Line("no proxy: https_proxy is not set");
 
-    channel.Send(url.empty() ? vyn_connector::ProxySettings{} : ParseProxyUrl(url));
-    channel.Send(TlsFrom(settings));
-    channel.Send(CredentialsFrom(settings));
+    session.channel.Send(ParametersFrom(settings, url));
+    session.channel.Send(ConnectorFrom(settings));
+    session.channel.Send(vyn_connector::VynServerData{settings.Number64("/server/identifier")});
+    session.channel.Send(FreeFormFrom(settings));
 }
 
-void ReceiveConnection(Channel& channel, Console& console)
+void ReceiveConnection(Session& session)
 {
-    Show(console, channel.Receive<vyn_connector::ProxySettings>());
-    Show(console, channel.Receive<vyn_connector::SslSettings>());
-    Show(console, channel.Receive<vyn_connector::Credentials>());
+    Show(session.console, session.channel.Receive<vyn_connector::VynConnectionParameters>());
+    Show(session.console, session.channel.Receive<vyn_connector::VynConnectorSettings>());
+    Show(session.console, session.channel.Receive<vyn_connector::VynServerData>());
+    Show(session.console, session.channel.Receive<std::vector<vyn_connector::common::RawVynParam>>());
 }
 
 } // namespace exchange

@@ -1,57 +1,36 @@
-// What a process of the exchange prints: lines that say which of the two sides they come from, and records, field by
-// field. A record's fields are taken from its table, so there is no second list of them here; passwords are masked.
+// The lines that a process of the exchange prints, each with the side that it comes from.
 #pragma once
-
-#include <common/vyn_connector_common.h>
 
 #include <fmt/format.h>
 
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace exchange {
 
+// The text without control characters: what a peer or a file holds must not steer the terminal.
+std::string Printable(std::string_view text);
+
 class Console {
 public:
-    explicit Console(std::string_view side) : side_(side) {}
+    // A quiet console prints nothing but errors and JSON.
+    Console(std::string_view side, bool quiet) : side_(side), quiet_(quiet) {}
 
-    // Each line is written whole, so that the lines of two processes do not mix.
+    std::string_view Side() const { return side_; }
+
+    // Lines are written whole, so that those of two processes do not mix.
     void Line(std::string_view text);
 
-    // For everything that the user has to act upon; goes to standard error.
-    void Error(std::string_view text);
+    static void Json(const std::string& text);
+    void Error(std::string_view text); // to standard error
 
-    template <typename Record>
-    void Fields(const Record& record, std::size_t indent = 2)
-    {
-        vyn_connector::common::ForEachRow<Record>([&](auto row) {
-            if constexpr (vyn_connector::common::isField<decltype(row)>)
-                Field(row.name, decltype(row)::InDomain::Of(record), indent);
-        });
-    }
+    // A line that stays until the next one is printed over it. For terminals only.
+    void Transient(std::string_view text);
+    bool IsTerminal() const;
 
 private:
-    template <typename Value>
-    void Field(std::string_view name, const Value& value, std::size_t indent)
-    {
-        if constexpr (vyn_connector::common::isDescribed<Value>) {
-            Line(fmt::format("{:{}}{}", "", indent, name));
-            Fields(value, indent + 2);
-        } else {
-            const std::string text = name == "password" ? "********" : ToText(value);
-            Line(fmt::format("{:{}}{:<{}}{}", "", indent, name, 24 - indent, text));
-        }
-    }
-
-    static std::string ToText(const std::string& value); // as a peer may have sent anything: no control characters
-    template <typename Value, std::enable_if_t<std::is_integral_v<Value>, int> = 0>
-    static std::string ToText(const Value& value)
-    {
-        return fmt::format("{}", value);
-    }
-
     std::string_view side_;
+    bool quiet_;
 };
 
 } // namespace exchange

@@ -1,13 +1,14 @@
-// Two processes exchange records: the connector sends, the server prints what it got. Without a subcommand this
-// program is both; with one, each is started by hand.
-#include "connection.h"
+// Two processes hold a connector's conversation: the connector reports and gives away a file, the server prints what
+// it gets and fetches the file. Without a subcommand this program is both; with one, each is started by hand.
+#include "conversation.h"
 #include "unix_socket.h"
 
 #include <CLI/CLI.hpp>
 
 #include <sys/wait.h>
-#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 
@@ -18,16 +19,34 @@ using namespace exchange;
 constexpr int exitFailure = 1;
 constexpr int exitPeerGone = 2;
 
-// Runs one side, and turns whatever it throws into one line and a status.
-template <typename Talk>
-int Run(const char* side, bool peerIsOurs, Talk talk)
+enum class Side { Connector, Server };
+
+// Holds one side of the conversation over a socket that `connect` provides, and turns whatever is thrown into one line
+// and a status. Where both sides are ours, the one that has no fault of its own says nothing: the other one does.
+template <typename Connect>
+int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
 {
-    Console console(side);
+    Console console(side == Side::Server ? "server" : "connector", options.json);
     try {
-        talk(console);
+        UnixSocket socket = connect();
+        socket.SetTimeout(options.timeoutSeconds);
+        // In a common run, one of the two sees every message.
+        std::optional<Capture> capture;
+        if (!options.capture.empty() && !(peerIsOurs && side == Side::Server)) capture.emplace(options.capture);
+        Channel channel(socket, capture ? &*capture : nullptr);
+        Session session{channel, console, options};
+        if (side == Side::Server)
+            TalkAsServer(session);
+        else
+            TalkAsConnector(session);
         return EXIT_SUCCESS;
+    } catch (const PeerSilent& error) {
+        console.Error(error.what());
+        return exitPeerGone;
     } catch (const PeerGone& error) {
-        // Where both sides are ours, the other one has said what was wrong.
+        if (!peerIsOurs) console.Error(error.what());
+        return exitPeerGone;
+    } catch (const PeerRefused& error) {
         if (!peerIsOurs) console.Error(error.what());
         return exitPeerGone;
     } catch (const std::exception& error) {
@@ -42,42 +61,70 @@ int RunBoth(const Options& options)
     UnixSocket& serverEnd = ends.first;
     UnixSocket& connectorEnd = ends.second;
     const pid_t connector = fork();
-    if (connector < 0) throw std::system_error(errno, std::generic_category(), "fork");
+    if (connector < 0) RaiseErrno("fork");
     if (connector == 0) {
         serverEnd.Close();
-        _exit(Run("connector", true, [&](Console& console) {
-            Channel channel(connectorEnd);
-            SendConnection(channel, console, options);
-        }));
+        _exit(Run(Side::Connector, true, options, [&] { return std::move(connectorEnd); }));
     }
     connectorEnd.Close();
-    const int serverStatus = Run("server", true, [&](Console& console) {
-        Channel channel(serverEnd);
-        ReceiveConnection(channel, console);
-    });
-    serverEnd.Close();
+    const int server = Run(Side::Server, true, options, [&] { return std::move(serverEnd); });
 
-    int connectorStatus = 0;
-    waitpid(connector, &connectorStatus, 0);
-    if (WIFSIGNALED(connectorStatus)) {
-        Console("connector").Error(fmt::format("killed by signal {}", WTERMSIG(connectorStatus)));
+    int status = 0;
+    while (waitpid(connector, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (WIFSIGNALED(status)) {
+        Console("connector", options.json).Error(fmt::format("killed by signal {}", WTERMSIG(status)));
         return exitFailure;
     }
-    return WEXITSTATUS(connectorStatus) == 0 && serverStatus == 0 ? EXIT_SUCCESS : exitFailure;
+    return WEXITSTATUS(status) == EXIT_SUCCESS && server == EXIT_SUCCESS ? EXIT_SUCCESS : exitFailure;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 try {
+    std::signal(SIGXFSZ, SIG_IGN); // a file over the limit is an error like any other
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     Options options;
-    options.settings = std::filesystem::read_symlink("/proc/self/exe").replace_filename("connection.json");
+    options.settings = std::filesystem::path(program).replace_filename("connection.json");
+    options.file = program;
     std::string path;
 
-    CLI::App app("Sends a connector's records from one process to another and prints them there.");
-    app.add_option("--settings", options.settings, "The connector's JSON file")
-        ->option_text("FILE (connection.json beside the program)");
-    app.add_option("--proxy", options.proxy, "The proxy's URL")->option_text("URL (that of the environment)");
+    CLI::App app("A connector and its server exchange every record that there is, with this machine's data.");
+    app.option_defaults()->always_capture_default(false);
+    app.add_option("--settings", options.settings,
+                   "The connector's JSON file; without it, connection.json beside the program")
+        ->option_text("FILE");
+    app.add_option("--proxy", options.proxy, "The proxy's URL; without it, what https_proxy says")->option_text("URL");
+    app.add_option("--root", options.root, "Where the connector finds the machine's files; without it, /")
+        ->option_text("DIR");
+    app.add_option("--log", options.log,
+                   "The log file whose last lines are sent as events; without it, one of /var/log")
+        ->option_text("FILE");
+    app.add_option("--certificates", options.certificates,
+                   "The folder of the certificates (*.pem, *.crt); without it, /etc/ssl/certs")
+        ->option_text("DIR");
+    app.add_option("--file", options.file, "The file that is transferred; without it, this program")
+        ->option_text("FILE");
+    app.add_option("--into", options.destination, "The directory into which the server puts it; without it, ./received")
+        ->option_text("DIR");
+    app.add_flag("--resume", options.resume, "Go on with a transfer that was interrupted");
+    app.add_option("--record", options.record, "Only one step, by its name or that of one of its records")
+        ->option_text("NAME")
+        ->check([](const std::string& name) {
+            const std::vector<std::string> names = StepNames();
+            const bool known = std::find(names.begin(), names.end(), name) != names.end();
+            return known ? std::string() : fmt::format("there is no step or record {}", name);
+        });
+    app.add_option("--capture", options.capture, "Write each message to a file in this directory; passwords too")
+        ->option_text("DIR");
+    app.add_flag("--json", options.json, "Print nothing but the closing tables, each as a line of JSON");
+    app.add_option("--timeout", options.timeoutSeconds, "Seconds until a silent peer is given up; 0: never")
+        ->option_text("SECONDS (300)");
+    std::string footer = "The steps and their records:";
+    for (const Step& step : Steps())
+        footer += fmt::format("\n  {:<15}{}", step.name, fmt::join(step.records, ", "));
+    app.footer(footer);
     app.require_subcommand(0, 1);
     app.fallthrough();
     CLI::App* const serve = app.add_subcommand("serve", "Only the server: waits at a Unix domain socket");
@@ -90,22 +137,15 @@ try {
         // Its text quotes the arguments, among which there may be a password.
         fmt::print(stderr, "exchange: there are arguments too many; see --help\n");
         return exitFailure;
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error);
+        fmt::print(stderr, "exchange: {}; see --help\n", error.what());
+        return exitFailure;
     }
 
-    if (*serve)
-        return Run("server", false, [&](Console& console) {
-            UnixSocket socket = UnixSocket::Accept(path);
-            Channel channel(socket);
-            ReceiveConnection(channel, console);
-        });
-    if (*connect)
-        return Run("connector", false, [&](Console& console) {
-            UnixSocket socket = UnixSocket::Connect(path);
-            Channel channel(socket);
-            SendConnection(channel, console, options);
-        });
+    if (*serve) return Run(Side::Server, false, options, [&] { return UnixSocket::Accept(path); });
+    if (*connect) return Run(Side::Connector, false, options, [&] { return UnixSocket::Connect(path); });
     return RunBoth(options);
 } catch (const std::exception& error) {
     fmt::print(stderr, "exchange: {}\n", error.what());

@@ -1,23 +1,18 @@
 #include "settings.h"
 
+#include "files.h"
+
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <fstream>
 #include <limits>
-#include <sstream>
-#include <system_error>
 
 namespace exchange {
 
 Settings::Settings(const std::string& path) : path_(path)
 {
-    std::ifstream file(path);
-    std::ostringstream text;
-    if (file) text << file.rdbuf();
-    if (!file || text.fail()) throw std::system_error(errno, std::generic_category(), path);
+    const std::string text = ReadFile(path);
     try {
-        root_ = nlohmann::json::parse(text.str());
+        root_ = nlohmann::ordered_json::parse(text);
     } catch (const nlohmann::json::parse_error& error) {
         // Its text quotes what was read last.
         throw std::runtime_error(fmt::format("{}: not JSON: syntax error at byte {}", path, error.byte));
@@ -26,30 +21,46 @@ Settings::Settings(const std::string& path) : path_(path)
 
 std::string Settings::Text(const std::string& pointer) const
 {
-    const nlohmann::json& value = At(pointer);
+    const nlohmann::ordered_json& value = At(pointer);
     if (!value.is_string()) Refuse(pointer, "not a string");
     return value.get<std::string>();
 }
 
 std::uint16_t Settings::Number16(const std::string& pointer) const
 {
-    constexpr auto max = std::numeric_limits<std::uint16_t>::max();
-    const nlohmann::json& value = At(pointer);
-    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > max)
-        Refuse(pointer, fmt::format("not a whole number from 0 to {}", max));
-    return value.get<std::uint16_t>();
+    return static_cast<std::uint16_t>(Number(pointer, std::numeric_limits<std::uint16_t>::max()));
 }
 
-const nlohmann::json& Settings::At(const std::string& pointer) const
+std::uint64_t Settings::Number64(const std::string& pointer) const
 {
-    const nlohmann::json::json_pointer place(pointer);
-    if (!root_.contains(place)) Refuse(pointer, "missing");
-    return root_.at(place);
+    return Number(pointer, std::numeric_limits<std::uint64_t>::max());
+}
+
+const nlohmann::ordered_json& Settings::Object(const std::string& pointer) const
+{
+    const nlohmann::ordered_json& value = At(pointer);
+    if (!value.is_object()) Refuse(pointer, "not an object");
+    return value;
 }
 
 void Settings::Refuse(const std::string& pointer, const std::string& problem) const
 {
     throw std::runtime_error(fmt::format("{}: {}: {}", path_, pointer, problem));
+}
+
+const nlohmann::ordered_json& Settings::At(const std::string& pointer) const
+{
+    const nlohmann::ordered_json::json_pointer place(pointer);
+    if (!root_.contains(place)) Refuse(pointer, "missing");
+    return root_.at(place);
+}
+
+std::uint64_t Settings::Number(const std::string& pointer, std::uint64_t max) const
+{
+    const nlohmann::ordered_json& value = At(pointer);
+    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > max)
+        Refuse(pointer, fmt::format("not a whole number from 0 to {}", max));
+    return value.get<std::uint64_t>();
 }
 
 } // namespace exchange

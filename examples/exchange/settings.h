@@ -18,13 +18,17 @@ public:
     // or it is of another type.
     std::string Text(const std::string& pointer) const;
     std::uint16_t Number16(const std::string& pointer) const;
+    std::uint64_t Number64(const std::string& pointer) const;
+    const nlohmann::ordered_json& Object(const std::string& pointer) const;
 
-private:
-    const nlohmann::json& At(const std::string& pointer) const;
     [[noreturn]] void Refuse(const std::string& pointer, const std::string& problem) const;
 
+private:
+    const nlohmann::ordered_json& At(const std::string& pointer) const;
+    std::uint64_t Number(const std::string& pointer, std::uint64_t max) const;
+
     std::string path_;
-    nlohmann::json root_;
+    nlohmann::ordered_json root_;
 };
 
 } // namespace exchange

@@ -7,20 +7,38 @@
 
 namespace exchange {
 
-// The peer is no longer there, although the conversation is not over.
+// The peer has closed the connection although the conversation is not over.
 class PeerGone : public std::runtime_error {
+public:
+    PeerGone() : PeerGone("the peer has closed the connection") {}
+
+protected:
+    using std::runtime_error::runtime_error;
+};
+
+// The peer is there and does nothing.
+class PeerSilent : public PeerGone {
+public:
+    PeerSilent() : PeerGone("the peer has been silent for too long") {}
+};
+
+// The peer has said that it cannot go on; its own line says why.
+class PeerRefused : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
 class Transport {
 public:
+    Transport() = default;
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
     virtual ~Transport() = default;
 
-    // Sends all of the bytes. Throws PeerGone, or std::system_error.
+    // Sends all of the bytes. Throws PeerGone, PeerSilent, or std::system_error.
     virtual void Send(const void* data, std::size_t size) = 0;
 
-    // Waits until all of the bytes are there. Throws PeerGone, or std::system_error.
+    // Waits until all of the bytes are there. Throws PeerGone, PeerSilent, or std::system_error.
     virtual void Receive(void* data, std::size_t size) = 0;
 };
 

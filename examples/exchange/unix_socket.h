@@ -1,6 +1,7 @@
 // The transport between two processes of one machine: a Unix domain socket.
 #pragma once
 
+#include "descriptor.h"
 #include "transport.h"
 
 #include <string>
@@ -13,23 +14,25 @@ public:
     // Two connected ends, one of them for a process that is about to be forked.
     static std::pair<UnixSocket, UnixSocket> Pair();
 
-    // Waits at `path` for one peer. Only processes of the same user can connect; the path is removed afterwards.
+    // Waits at `path` for one peer. Only processes of the same user can connect. The path is removed afterwards; one
+    // that a dead server has left behind is taken over.
     static UnixSocket Accept(const std::string& path);
 
     static UnixSocket Connect(const std::string& path);
 
-    UnixSocket(UnixSocket&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    UnixSocket& operator=(UnixSocket&&) = delete;
-    ~UnixSocket() override { Close(); }
+    // A peer that sends nothing, or takes nothing, for so long is given up with PeerSilent; 0: never.
+    void SetTimeout(unsigned seconds);
 
     void Send(const void* data, std::size_t size) override;
     void Receive(void* data, std::size_t size) override;
-    void Close() noexcept;
+    void Close() noexcept { descriptor_.Close(); }
+
+    UnixSocket(UnixSocket&& other) noexcept : descriptor_(std::move(other.descriptor_)) {}
 
 private:
-    explicit UnixSocket(int descriptor) : descriptor_(descriptor) {}
+    explicit UnixSocket(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 } // namespace exchange

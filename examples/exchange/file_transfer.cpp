@@ -1,0 +1,169 @@
+// Step 6: the server asks for a file, and fetches it chunk by chunk. A chunk of 0 bytes at the file's end stands for
+// its SHA-256; a chunk that is shorter than was asked for says that the file is no longer what it was. What has been
+// received gets its name only when size and SHA-256 agree.
+#include "conversation.h"
+#include "part_file.h"
+#include "progress.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace exchange {
+
+namespace {
+
+constexpr std::uint64_t chunkLimit = vyn_connector::common::maxBlobSize;
+
+// The file that the connector gives away.
+class Source {
+public:
+    explicit Source(const std::string& path) : path_(path), file_(open(path.c_str(), flags, 0), path)
+    {
+        announced_ = Status();
+        if (!S_ISREG(announced_.st_mode)) throw std::runtime_error(path + ": not a regular file");
+    }
+
+    vyn_connector::FileInfo Info() const
+    {
+        vyn_connector::FileInfo info;
+        info.fileName = path_;
+        info.field2 = (announced_.st_mode & S_IWUSR) != 0; // its owner may write it
+        info.field3 = (announced_.st_mode & S_IXUSR) != 0; // and run it
+        info.timestamp =
+            wem::types::Timestamp(std::int64_t{announced_.st_mtim.tv_sec} * 1'000'000'000 + announced_.st_mtim.tv_nsec);
+        info.fileSize = static_cast<std::uint64_t>(announced_.st_size);
+        return info;
+    }
+
+    // The bytes that are asked for, as many of them as there are; or the digest.
+    std::vector<std::uint8_t> Read(const vyn_connector::FileChunkParams& wanted) const
+    {
+        if (wanted.chunkSize == 0) {
+            const Sha256::Digest digest = Sha256::OfFile(file_.Get(), path_);
+            return {digest.begin(), digest.end()};
+        }
+        std::vector<std::uint8_t> data(wanted.chunkSize);
+        std::size_t have = 0;
+        while (have < data.size()) {
+            const ssize_t count =
+                pread(file_.Get(), &data[have], data.size() - have, static_cast<off_t>(wanted.chunkOffset + have));
+            if (count < 0) RaiseErrno(path_);
+            if (count == 0) break;
+            have += static_cast<std::size_t>(count);
+        }
+        data.resize(have);
+        return data;
+    }
+
+    // What has become of the file since it was announced; empty where it is the same.
+    std::string Change() const
+    {
+        const struct stat now = Status();
+        if (now.st_size != announced_.st_size)
+            return fmt::format("{}: {} from {} to {} bytes during the transfer", path_,
+                               now.st_size < announced_.st_size ? "shrank" : "grew", announced_.st_size, now.st_size);
+        if (now.st_mtim.tv_sec != announced_.st_mtim.tv_sec || now.st_mtim.tv_nsec != announced_.st_mtim.tv_nsec)
+            return path_ + ": was changed during the transfer";
+        return "";
+    }
+
+private:
+    static constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK; // opening a pipe must not wait
+
+    struct stat Status() const
+    {
+        struct stat status {};
+        if (fstat(file_.Get(), &status) != 0) RaiseErrno(path_);
+        return status;
+    }
+
+    std::string path_;
+    Descriptor file_;
+    struct stat announced_ {};
+};
+
+std::vector<std::uint8_t> Ask(Channel& channel, const vyn_connector::FileChunkParams& wanted, std::size_t answerSize)
+{
+    channel.Send(wanted);
+    const vyn_connector::FileChunk chunk = channel.Receive<vyn_connector::FileChunk>().record;
+    if (chunk.data.empty()) throw PeerRefused(wanted.fileName + ": it has changed during the transfer");
+    if (chunk.chunkOffset != wanted.chunkOffset || chunk.chunkSize != wanted.chunkSize ||
+        chunk.data.size() != answerSize)
+        throw std::runtime_error("FileChunk: not the bytes that were asked for");
+    return chunk.data;
+}
+
+void Fetch(Session& session, const vyn_connector::FileInfo& info, PartFile& part)
+{
+    if (part.Size() > info.fileSize) part.Restart();
+    if (part.Size() > 0) session.console.Line(fmt::format("goes on after {} bytes", part.Size()));
+    Progress progress(session.console, std::filesystem::path(info.fileName).filename(), part.Size(), info.fileSize);
+    while (part.Size() < info.fileSize) {
+        const std::uint64_t size = std::min(chunkLimit, info.fileSize - part.Size());
+        part.Append(Ask(session.channel, {info.fileName, part.Size(), size}, size));
+        progress.Update(part.Size());
+    }
+    progress.Finish();
+
+    const std::vector<std::uint8_t> wanted =
+        Ask(session.channel, {info.fileName, info.fileSize, 0}, sizeof(Sha256::Digest));
+    const Sha256::Digest digest = part.Digest();
+    if (!std::equal(digest.begin(), digest.end(), wanted.begin()))
+        throw std::runtime_error(info.fileName + ": what was received has another SHA-256");
+    part.Commit();
+    session.console.Line(fmt::format("SHA-256 {} agrees", ToHex(digest)));
+}
+
+} // namespace
+
+void GiveFile(Session& session)
+{
+    const std::string wanted = session.channel.Receive<vyn_connector::FileInfoParams>().record.fileName;
+    if (wanted != session.options.file)
+        throw std::runtime_error(fmt::format("the peer asks for {}, which is not offered", Printable(wanted)));
+    const Source source(wanted);
+    const vyn_connector::FileInfo info = source.Info();
+    session.channel.Send(info);
+
+    while (const auto request = session.channel.ReceiveOrEnd<vyn_connector::FileChunkParams>()) {
+        const vyn_connector::FileChunkParams& chunk = request->record;
+        if (chunk.fileName != wanted || chunk.chunkSize > chunkLimit || chunk.chunkOffset > info.fileSize ||
+            chunk.chunkSize > info.fileSize - chunk.chunkOffset)
+            throw std::runtime_error("FileChunkParams: the peer asks for bytes that do not exist");
+        std::vector<std::uint8_t> data = source.Read(chunk);
+        const std::string change = chunk.chunkSize == 0 || data.size() < chunk.chunkSize ? source.Change() : "";
+        if (!change.empty()) data.clear();
+        session.channel.Send(vyn_connector::FileChunk{0, wanted, chunk.chunkOffset, chunk.chunkSize, data});
+        if (!change.empty()) throw std::runtime_error(change);
+    }
+}
+
+void FetchFile(Session& session)
+{
+    session.channel.Send(vyn_connector::FileInfoParams{session.options.file});
+    const vyn_connector::FileInfo info = session.channel.Receive<vyn_connector::FileInfo>().record;
+    const std::filesystem::path destination =
+        std::filesystem::path(session.options.destination) / std::filesystem::path(session.options.file).filename();
+    session.console.Line(fmt::format("{}: {} bytes", destination.string(), info.fileSize));
+
+    PartFile part(destination, session.options.resume);
+    try {
+        Fetch(session, info, part);
+    } catch (const PeerGone&) {
+        if (part.Size() == 0)
+            part.Discard();
+        else
+            session.console.Line(
+                fmt::format("{} bytes stay in {}; --resume goes on from there", part.Size(), part.Path()));
+        throw;
+    } catch (...) {
+        part.Discard();
+        throw;
+    }
+    session.channel.SendEnd();
+}
+
+} // namespace exchange

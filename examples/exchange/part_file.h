@@ -1,0 +1,38 @@
+// A file that is being received: "NAME.part" until it is complete, and only then NAME.
+#pragma once
+
+#include "descriptor.h"
+#include "sha256.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace exchange {
+
+class PartFile {
+public:
+    // Begins anew, or, to resume, goes on after what an earlier transfer has left; makes the directory where there is
+    // none. Throws std::system_error, also where another process is receiving the same file.
+    PartFile(const std::filesystem::path& destination, bool resume);
+
+    std::uint64_t Size() const { return size_; }
+    const std::string& Path() const { return path_; }
+
+    // These throw std::system_error.
+    void Append(const std::vector<std::uint8_t>& data);
+    void Restart();
+    Sha256::Digest Digest() const { return Sha256::OfFile(file_.Get(), path_); }
+    void Commit(); // on the disk, and under its final name
+
+    // Leaves nothing.
+    void Discard() noexcept;
+
+private:
+    std::string destination_;
+    std::string path_;
+    Descriptor file_;
+    std::uint64_t size_ = 0;
+};
+
+} // namespace exchange
