@@ -9,6 +9,55 @@
 #include <cstring>
 #include <random>
 
+namespace vyn_connector {
+
+// Records whose lists do not come back to the same remainder after each element.
+struct Odd {
+    std::string text;
+};
+struct Odds {
+    std::vector<Odd> items;
+};
+struct Alternating {
+    std::string text;
+    std::optional<std::string> slot;
+};
+struct Alternatings {
+    std::vector<Alternating> items;
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Odd {
+    zt_ptr_t text;
+};
+struct tq_vyn_connector_VynTypes_Odds {
+    zt_ptr_t items;
+};
+struct tq_vyn_connector_VynTypes_Alternating {
+    zt_ptr_t text;
+    zt_ptr_t slot;
+};
+struct tq_vyn_connector_VynTypes_Alternatings {
+    zt_ptr_t items;
+};
+
+namespace vyn_connector::common {
+
+// clang-format off
+VYN_RECORD(Odd, Odd, 8, 4,
+    VYN_FIELD(0, 8, text, Text<3>));
+VYN_RECORD(Odds, Odds, 8, 4,
+    VYN_FIELD(0, 8, items, List<13>));
+VYN_RECORD(Alternating, Alternating, 16, 4,
+    VYN_FIELD(0, 8, text, Text<3>),
+    VYN_FIELD(8, 8, slot, Optional<Text<128>>));
+VYN_RECORD(Alternatings, Alternatings, 8, 4,
+    VYN_FIELD(0, 8, items, List<1001>));
+// clang-format on
+
+} // namespace vyn_connector::common
+
 namespace {
 
 using namespace vyn_connector;
@@ -187,6 +236,20 @@ TEST(MaxArenaSize, CountsTheLargestGapBeforeAnAlignedElement)
 TEST(MaxArenaSize, OfTheParametersIsThatOfTheLargestCountThatTheyMayHave)
 {
     EXPECT_EQ(MaxArenaSize<std::vector<RawVynParam>>(), 3u + 2147483647u * (16u + 128u + 65536ull));
+}
+
+TEST(MaxArenaSize, CountsElementsWhoseGapsDiffer)
+{
+    EXPECT_EQ(MaxArenaSize<Odds>(), 3u + 13 * (8 + 3));
+
+    std::size_t most = 0;
+    for (std::size_t top = 0; top < 8; ++top) {
+        std::size_t at = (top + 3) / 4 * 4 + 1001 * 16;
+        for (int i = 0; i < 1001; ++i)
+            at = (at + 3 + 3) / 4 * 4 + 8 + 128;
+        most = std::max(most, at - top);
+    }
+    EXPECT_EQ(MaxArenaSize<Alternatings>(), most);
 }
 
 TEST(MaxArenaSize, IsKnownWhileCompiling)
