@@ -34,6 +34,68 @@ bool convertsBothWays()
            passes(CastFromZt(wire, &arena) == sent, "the record did not come back as it was sent");
 }
 
+template <typename Record>
+bool travels(const Record& sent, const char* name)
+{
+    std::array<std::uint8_t, 256> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    return passes(CastFromZt(CastToZt(sent, &arena), &arena) == sent, name);
+}
+
+template <typename Record>
+bool travelsWithoutArena(const Record& sent, const char* name)
+{
+    return passes(CastFromZt(CastToZt(sent)) == sent, name);
+}
+
+bool eventTravels()
+{
+    std::array<std::uint8_t, 64> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    auto status = lyr::ipc::arena::conv::Status::Ok;
+    vyn_connector::VynEvent sent;
+    sent.field7 = "text";
+    const auto wire = lyr::ipc::arena::conv::ToZt(arena, sent, status);
+    return passes(lyr::ipc::arena::conv::FromZt(arena, wire, status) == sent &&
+                      status == lyr::ipc::arena::conv::Status::Ok,
+                  "VynEvent");
+}
+
+bool everyRecordTravels()
+{
+    using namespace vyn_connector;
+    VynSubscriptions subscriptions;
+    subscriptions.emplace(VynEventSeverity::Severity0, std::unordered_set<std::string>{"type"});
+    const VynUpdateIdentifiers identifiers(2);
+    std::array<std::uint8_t, 32> buffer{};
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
+    const auto range = CastToZt(common::VynUpdateIdentifierRange(identifiers.begin(), identifiers.end()), &arena);
+
+    return travels(ProxySettings{"host", 1, {"u", "p"}}, "ProxySettings") &&
+           travels(SslSettings{1, "2", "3", "4", "5"}, "SslSettings") &&
+           travels(VynRequestsTimeouts{1, 2}, "VynRequestsTimeouts") &&
+           travels(VynConnectionParameters{{"a", ProxySettings{}, SslSettings{}, VynRequestsTimeouts{3, 4}}, {}},
+                   "VynConnectionParameters") &&
+           travelsWithoutArena(VynConnectorSettings{1, 2, 3, 4, 5, 6}, "VynConnectorSettings") &&
+           travelsWithoutArena(VynServerData{7}, "VynServerData") &&
+           travels(std::vector<common::RawVynParam>{{{1, 2}, "name"}}, "VynParams") &&
+           travels(ProductInfo{"1", "2", 3, "4", "5", {{{"a", "b"}}}, {6, {{"c", "d"}}}, 7}, "ProductInfo") &&
+           travels(LicenseInfo{LicenseKeyInfo{1, 2, 3, wem::types::Timestamp{4}, {}, 6, 7, "8"}, {}}, "LicenseInfo") &&
+           travels(DeviceInfo{}, "DeviceInfo") && travels(AppInfo{}, "AppInfo") &&
+           travelsWithoutArena(DynamicAppInfo{8}, "DynamicAppInfo") && travels(FileInfoParams{"f"}, "FileInfoParams") &&
+           travels(FileInfo{"f", true, false, wem::types::Timestamp{-1}, 9}, "FileInfo") &&
+           travels(FileChunkParams{"f", 1, 2}, "FileChunkParams") &&
+           travels(FileChunk{0, "f", 1, 2, {3}}, "FileChunk") &&
+           travels(ClientCertParams{"1", "2", true, 4}, "ClientCertParams") &&
+           travels(std::vector<ClientCertInfo>{{1, "2", "3", "4", 0}}, "ClientCertsInfo") &&
+           travels(VynUpdateIdentifier{std::byte{1}}, "VynUpdateIdentifier") &&
+           passes(CastFromZt(range, &arena) == identifiers, "VynUpdateIdentifierContainer") &&
+           travels(VynSubscription{VynEventSeverity::Severity1, {"type"}}, "VynSubscription") &&
+           travels(VynSubscriptionsWithHash{5, subscriptions}, "VynSubscriptionsWithHash") && eventTravels() &&
+           passes(CastToZt(VynConnectorState::State12) == 13 && CastFromZt(1) == VynConnectorState::State0,
+                  "VynConnectorState");
+}
+
 bool throwsExhaustion()
 {
     std::array<std::uint8_t, 3> buffer{};
@@ -93,7 +155,7 @@ bool refusesNullArgument()
 
 int main()
 {
-    const bool passed = convertsBothWays() && throwsExhaustion() && refusesTextOverCallersOwnLimit() &&
-                        refusesPointerOutside() && refusesNullArgument();
+    const bool passed = convertsBothWays() && everyRecordTravels() && throwsExhaustion() &&
+                        refusesTextOverCallersOwnLimit() && refusesPointerOutside() && refusesNullArgument();
     return passed ? 0 : 1;
 }
