@@ -1,6 +1,6 @@
-// The message arena and the wire pointer into it: the two plain types that cross the process boundary, and the only
-// two operations on them. Every codec goes through these. They work on addresses as integers, so that hostile
-// offsets and sizes wrap where a test sees it; they never throw, and report failure as a null address.
+// The message arena and the wire pointer into it: the two plain types that cross the process boundary, and the two
+// operations on them, reserving and resolving. Every codec goes through these. They work on addresses as integers, so
+// that hostile offsets and sizes wrap where a test sees it; they never throw, and report failure as a null address.
 #pragma once
 
 #include <common/export.h>
