@@ -67,7 +67,7 @@ void SendCertificates(Session& session)
     const std::string folder = given.empty() ? PathBelow(session.options.root, "etc/ssl/certs") : given;
     std::vector<std::string> paths;
     if (given.empty() && !std::filesystem::exists(folder))
-        session.console.Line(Printable(folder) + ": there is no such folder");
+        session.console.Line(folder + ": there is no such folder");
     else
         paths = CertificateFiles(folder);
 
@@ -81,7 +81,7 @@ void SendCertificates(Session& session)
             summary.field2 += batch.back().field3 + "\n";
             ++summary.field4;
         } catch (const std::exception& error) {
-            session.console.Line(fmt::format("not sent: {}", Printable(error.what())));
+            session.console.Line(fmt::format("not sent: {}", error.what()));
             summary.field3 = false;
         }
         if (batch.size() == itemLimitOf<Certificates>) {
@@ -102,7 +102,7 @@ void ReceiveCertificates(Session& session)
         ShowSizes(session.console, *batch);
         if (!batch->record.empty())
             session.console.Line(fmt::format("  {} certificates, the first is of {}", batch->record.size(),
-                                             Printable(batch->record.front().field3)));
+                                             batch->record.front().field3));
         count += batch->record.size();
     }
     const auto summary = session.channel.Receive<vyn_connector::ClientCertParams>();

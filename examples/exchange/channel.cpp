@@ -129,7 +129,7 @@ void Channel::RaiseAbout(std::string_view record)
 void Channel::RaiseUnexpected(std::string_view received, std::string_view due)
 {
     const auto name = [](std::string_view record) {
-        return record.empty() ? "the end" : "\"" + Printable(record) + "\"";
+        return record.empty() ? "the end" : fmt::format("\"{}\"", record);
     };
     throw std::runtime_error(fmt::format("the peer sent {} where {} is due", name(received), name(due)));
 }

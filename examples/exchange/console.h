@@ -1,4 +1,5 @@
-// The lines that a process of the exchange prints, each with the side that it comes from.
+// The lines that a process of the exchange prints, each with the side that it comes from. Control characters in them are
+// written out ("\x1b"): what a peer or a file holds must not steer the terminal.
 #pragma once
 
 #include <fmt/format.h>
@@ -7,9 +8,6 @@
 #include <string_view>
 
 namespace exchange {
-
-// The text without control characters: what a peer or a file holds must not steer the terminal.
-std::string Printable(std::string_view text);
 
 class Console {
 public:

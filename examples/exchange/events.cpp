@@ -124,7 +124,7 @@ void DropWhatDoesNotFit(vyn_connector::VynEvent& event, Console& console)
 void SendEvents(Session& session)
 {
     const std::string path = session.options.log.empty() ? FindLog(session.options.root) : session.options.log;
-    session.console.Line(path.empty() ? "there is no log file" : "the last lines of " + Printable(path));
+    session.console.Line(path.empty() ? "there is no log file" : "the last lines of " + path);
     std::size_t number = 0;
     for (const LogLine& line : path.empty() ? std::deque<LogLine>() : LastLines(path)) {
         vyn_connector::VynEvent event = EventOf(line, path, ++number);
@@ -138,8 +138,8 @@ void ReceiveEvents(Session& session)
 {
     while (const auto received = session.channel.ReceiveOrEnd<vyn_connector::VynEvent>()) {
         const vyn_connector::VynEvent& event = received->record;
-        session.console.Line(fmt::format("event {}, severity {}: {}", event.field8, static_cast<int>(event.severity),
-                                         Printable(event.field7)));
+        session.console.Line(
+            fmt::format("event {}, severity {}: {}", event.field8, static_cast<int>(event.severity), event.field7));
     }
 }
 

@@ -90,29 +90,29 @@ std::vector<std::uint8_t> Ask(Channel& channel, const vyn_connector::FileChunkPa
     channel.Send(wanted);
     const vyn_connector::FileChunk chunk = channel.Receive<vyn_connector::FileChunk>().record;
     if (chunk.data.empty()) throw PeerRefused(wanted.fileName + ": it has changed during the transfer");
-    if (chunk.chunkOffset != wanted.chunkOffset || chunk.chunkSize != wanted.chunkSize ||
-        chunk.data.size() != answerSize)
+    if (chunk.fileName != wanted.fileName || chunk.chunkOffset != wanted.chunkOffset ||
+        chunk.chunkSize != wanted.chunkSize || chunk.data.size() != answerSize)
         throw std::runtime_error("FileChunk: not the bytes that were asked for");
     return chunk.data;
 }
 
-void Fetch(Session& session, const vyn_connector::FileInfo& info, PartFile& part)
+void Fetch(Session& session, std::uint64_t fileSize, PartFile& part)
 {
-    if (part.Size() > info.fileSize) part.Restart();
+    const std::string& file = session.options.file;
+    if (part.Size() > fileSize) part.Restart();
     if (part.Size() > 0) session.console.Line(fmt::format("goes on after {} bytes", part.Size()));
-    Progress progress(session.console, std::filesystem::path(info.fileName).filename(), part.Size(), info.fileSize);
-    while (part.Size() < info.fileSize) {
-        const std::uint64_t size = std::min(chunkLimit, info.fileSize - part.Size());
-        part.Append(Ask(session.channel, {info.fileName, part.Size(), size}, size));
+    Progress progress(session.console, std::filesystem::path(file).filename(), part.Size(), fileSize);
+    while (part.Size() < fileSize) {
+        const std::uint64_t size = std::min(chunkLimit, fileSize - part.Size());
+        part.Append(Ask(session.channel, {file, part.Size(), size}, size));
         progress.Update(part.Size());
     }
     progress.Finish();
 
-    const std::vector<std::uint8_t> wanted =
-        Ask(session.channel, {info.fileName, info.fileSize, 0}, sizeof(Sha256::Digest));
+    const std::vector<std::uint8_t> wanted = Ask(session.channel, {file, fileSize, 0}, sizeof(Sha256::Digest));
     const Sha256::Digest digest = part.Digest();
     if (!std::equal(digest.begin(), digest.end(), wanted.begin()))
-        throw std::runtime_error(info.fileName + ": what was received has another SHA-256");
+        throw std::runtime_error(file + ": what was received has another SHA-256");
     part.Commit();
     session.console.Line(fmt::format("SHA-256 {} agrees", ToHex(digest)));
 }
@@ -123,7 +123,7 @@ void GiveFile(Session& session)
 {
     const std::string wanted = session.channel.Receive<vyn_connector::FileInfoParams>().record.fileName;
     if (wanted != session.options.file)
-        throw std::runtime_error(fmt::format("the peer asks for {}, which is not offered", Printable(wanted)));
+        throw std::runtime_error(fmt::format("the peer asks for {}, which is not offered", wanted));
     const Source source(wanted);
     const vyn_connector::FileInfo info = source.Info();
     session.channel.Send(info);
@@ -145,13 +145,14 @@ void FetchFile(Session& session)
 {
     session.channel.Send(vyn_connector::FileInfoParams{session.options.file});
     const vyn_connector::FileInfo info = session.channel.Receive<vyn_connector::FileInfo>().record;
+    if (info.fileName != session.options.file) throw std::runtime_error("FileInfo: not of the file that was asked for");
     const std::filesystem::path destination =
         std::filesystem::path(session.options.destination) / std::filesystem::path(session.options.file).filename();
     session.console.Line(fmt::format("{}: {} bytes", destination.string(), info.fileSize));
 
     PartFile part(destination, session.options.resume);
     try {
-        Fetch(session, info, part);
+        Fetch(session, info.fileSize, part);
     } catch (const PeerGone&) {
         if (part.Size() == 0)
             part.Discard();

@@ -199,7 +199,7 @@ void SendInventory(Session& session)
     const std::string package = Settings(session.options.settings).Text("/product/package");
 
     vyn_connector::AppInfo report{Product(machine, package), License(machine, package), Device(machine)};
-    if (report.productInfo.field6 == 0) session.console.Line(fmt::format("{} is not installed", Printable(package)));
+    if (report.productInfo.field6 == 0) session.console.Line(fmt::format("{} is not installed", package));
     CutToLimits(report, "AppInfo", [&](const std::string& line) { session.console.Line(line); });
     session.channel.Send(report);
     session.channel.Send(vyn_connector::DynamicAppInfo{BytesFromMeminfo(machine, "MemAvailable")});

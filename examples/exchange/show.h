@@ -91,8 +91,8 @@ private:
     {
         constexpr std::size_t longest = 80;
         if (value.empty()) return "(empty)";
-        if (value.size() <= longest) return Printable(value);
-        return fmt::format("{}... ({} bytes)", Printable(value.substr(0, longest)), value.size());
+        if (value.size() <= longest) return value;
+        return fmt::format("{}... ({} bytes)", value.substr(0, longest), value.size());
     }
     static std::string ToText(const std::vector<std::uint8_t>& value)
     {
@@ -113,7 +113,7 @@ private:
     {
         std::vector<std::string> sorted(values.begin(), values.end());
         std::sort(sorted.begin(), sorted.end());
-        return sorted.empty() ? "(none)" : Printable(fmt::format("{}", fmt::join(sorted, ", ")));
+        return sorted.empty() ? "(none)" : fmt::format("{}", fmt::join(sorted, ", "));
     }
 
     static std::string Masked(std::string_view name, std::string text)

@@ -1,5 +1,6 @@
 """Runs the example `exchange` end to end: exchange_test.py PROGRAM [unittest arguments]"""
 
+import fcntl
 import hashlib
 import json
 import os
@@ -97,6 +98,12 @@ class Case(unittest.TestCase):
             file.write(content if isinstance(content, bytes) else content.encode())
         return self.path(name)
 
+    def large_file(self):
+        """So large that a transfer is not over before it is interrupted. It has a size and takes no room."""
+        path = self.write("large", b"")
+        os.truncate(path, 4096 * MIB)
+        return path
+
     def settings(self, change=lambda settings: None):
         settings = json.loads(json.dumps(SETTINGS))
         change(settings)
@@ -120,7 +127,7 @@ class Case(unittest.TestCase):
 
     def run_exchange(self, *arguments, preexec=None, **environment):
         """Nothing that the sides print may hold the password."""
-        result = subprocess.run(self.defaults(arguments), capture_output=True, text=True, timeout=120,
+        result = subprocess.run(self.defaults(arguments), capture_output=True, text=True, errors="replace", timeout=120,
                                 preexec_fn=preexec, cwd=self.directory, env={**self.environment, **environment})
         self.assertNotIn(SECRET, result.stdout + result.stderr)
         return result
@@ -151,7 +158,7 @@ class Case(unittest.TestCase):
 
     def start(self, *arguments, preexec=None):
         process = subprocess.Popen(self.defaults(arguments), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                                   env=self.environment, cwd=self.directory, preexec_fn=preexec)
+                                   errors="replace", env=self.environment, cwd=self.directory, preexec_fn=preexec)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
         return process
@@ -274,6 +281,45 @@ class Conversation(Case):
             with open(self.path("captured/" + name), "rb") as file:
                 self.assertEqual(file.read(), state(code))
             self.assertEqual(os.stat(self.path("captured/" + name)).st_mode & 0o077, 0)
+
+
+    def test_a_captured_message_holds_wire_structure_and_arena(self):
+        self.run_well("--record", "events", "--capture", self.path("captured"))
+        names = sorted(os.listdir(self.path("captured")))
+        self.assertEqual(len(names), 10)
+        with open(self.path("captured/" + names[-1]), "rb") as file:
+            content = file.read()
+        magic, name_size, wire_size, arena_size = struct.unpack_from("=4sIII", content)
+        self.assertEqual((magic, name_size, wire_size), (b"VYN1", len("VynEvent"), 136))
+        self.assertEqual(len(content), 16 + name_size + wire_size + arena_size)
+        self.assertEqual(content[16:16 + name_size], b"VynEvent")
+        wire, arena = content[24:24 + 136], content[24 + 136:]
+        offset, size = struct.unpack_from("=II", wire, 44)
+        self.assertEqual(arena[offset:offset + size], b"Nov 21 line 11 of the log")
+
+    def test_both_directions_are_captured(self):
+        self.run_well("--record", "file", "--file", self.write("file", b"abc"), "--capture", self.path("captured"))
+        self.assertEqual(sorted(os.listdir(self.path("captured"))), [
+            "000001-received-FileInfoParams.vyn", "000002-sent-FileInfo.vyn", "000003-received-FileChunkParams.vyn",
+            "000004-sent-FileChunk.vyn", "000005-received-FileChunkParams.vyn", "000006-sent-FileChunk.vyn"])
+
+    def test_no_part_of_a_capture_file_is_left_on_a_full_disk(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (20, 20))
+        captured = self.path("captured")
+        self.assert_refused(self.run_exchange("--record", "states", "--capture", captured, preexec=limit),
+                            f"exchange: connector: {captured}/000001-sent-VynConnectorState.vyn: File too large")
+        self.assertEqual(os.listdir(captured), [])
+
+    def test_a_connector_that_is_killed_is_reported(self):
+        path = self.large_file()
+        both = self.start("--record", "file", "--file", path)
+        part = self.received("large.part")
+        self.wait_for(lambda: os.path.exists(part) and os.stat(part).st_size > MIB, "nothing arrives")
+        with open(f"/proc/{both.pid}/task/{both.pid}/children") as file:
+            os.kill(int(file.read()), signal.SIGKILL)
+        self.assert_refused(self.finish(both), "exchange: connector: killed by signal 9")
+        self.assertEqual(self.left_over(), ["large.part"])
 
 
 class Connection(Case):
@@ -449,6 +495,27 @@ class Events(Case):
                             f"exchange: connector: {self.path('none')}: No such file or directory")
 
 
+    def test_a_machine_without_a_log_sends_no_event(self):
+        os.unlink(self.path("root/var/log/syslog"))
+        out = self.run_well("--record", "events")
+        self.assertIn("there is no log file", self.lines(out, "connector"))
+        self.assertEqual([line for line in self.lines(out) if line.startswith("event ")], [])
+
+    def test_the_largest_line_that_fits(self):
+        words = " ".join(["word"] * 400)
+        log = self.write("log", f"fits {words}"[:1024] + "\n" + f"long {words}"[:1025] + "\n")
+        out = self.run_well("--record", "events", "--log", log)
+        self.assertIn("event 2: field7 has 1025 bytes, which do not fit: sent without it", self.lines(out, "connector"))
+        events = [line for line in self.lines(out) if line.startswith("event ")]
+        self.assertEqual(events, ["event 1, severity 0: " + f"fits {words}"[:1024], "event 2, severity 0: "])
+
+    def test_only_the_end_of_a_large_log_is_read(self):
+        log = self.write("log", "".join(f"line {i}\n" for i in range(100000)))
+        out = self.run_well("--record", "events", "--log", log)
+        events = [line.split(": ")[1] for line in self.lines(out) if line.startswith("event ")]
+        self.assertEqual(events, [f"line {i}" for i in range(99990, 100000)])
+
+
 class Certificates(Case):
     # The subject of a certificate made for this test: CN=Test
     def setUp(self):
@@ -480,6 +547,11 @@ class Certificates(Case):
         self.assertEqual(os.stat(fits).st_size, 16384)
         self.assertIn((2, "field4", "1"), self.fields(out, "ClientCertParams"))
         self.assertIn((2, "field3", "false"), self.fields(out, "ClientCertParams"))
+
+    def test_a_folder_without_certificates_is_an_empty_list(self):
+        out = self.run_well("--record", "certificates")
+        self.assertIn("ClientCertsInfo: 8 bytes of wire structure, 0 bytes of arena", self.lines(out))
+        self.assertIn((2, "field4", "0"), self.fields(out, "ClientCertParams"))
 
     def test_a_folder_that_is_not_there(self):
         result = self.run_exchange("--certificates", self.path("none"))
@@ -534,7 +606,7 @@ class FileTransfer(Case):
         self.assert_received(path, content)
 
     def test_a_killed_server_leaves_no_file_under_the_final_name(self):
-        path = self.write("large", os.urandom(MIB) * 64)
+        path = self.large_file()
         server = self.start("serve", self.path("socket"), "--record", "file", "--file", path)
         self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
         connector = self.start("connect", self.path("socket"), "--record", "file", "--file", path)
@@ -556,7 +628,48 @@ class FileTransfer(Case):
                             f"exchange: connector: {self.path('none')}: No such file or directory")
         self.assert_refused(self.transfer(self.directory),
                             f"exchange: connector: {self.directory}: not a regular file")
+        os.mkfifo(self.path("pipe"))
+        for path in self.path("pipe"), "/dev/zero":
+            self.assert_refused(self.transfer(path), f"exchange: connector: {path}: not a regular file")
         self.assertEqual(self.left_over(), [])
+
+    def test_more_than_there_is_to_resume_begins_anew(self):
+        content = b"right" * 10
+        path = self.write("file", content)
+        self.write("received/file.part", b"wrong" * 20)
+        result = self.transfer(path, "--resume")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assert_received(path, content)
+
+    def test_without_resume_what_was_left_is_dropped(self):
+        content = b"right" * 10
+        path = self.write("file", content)
+        self.write("received/file.part", b"wrong")
+        result = self.transfer(path)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assert_received(path, content)
+
+    def test_a_file_of_that_name_stays_as_it_is_until_the_new_one_is_complete(self):
+        path = self.write("file", os.urandom(4 * MIB))
+        self.write("received/file", b"old")
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (MIB, MIB))
+        self.assertEqual(self.transfer(path, preexec=limit).returncode, 1)
+        with open(self.received("file"), "rb") as file:
+            self.assertEqual(file.read(), b"old")
+        self.assertEqual(self.transfer(path).returncode, 0)
+        self.assertEqual(self.left_over(), ["file"])
+        self.assertEqual(os.stat(self.received("file")).st_size, 4 * MIB)
+
+    def test_two_transfers_of_one_file_do_not_mix(self):
+        path = self.write("file", b"abc")
+        part = self.write("received/file.part", b"")
+        with open(part) as other:
+            fcntl.flock(other, fcntl.LOCK_EX)
+            self.assert_refused(self.transfer(path),
+                                f"exchange: server: {part}: Resource temporarily unavailable")
+        self.assertEqual(self.left_over(), ["file.part"])
 
     def test_a_full_disk_leaves_nothing(self):
         path = self.write("file", os.urandom(4 * MIB))
@@ -591,11 +704,22 @@ class FileTransfer(Case):
         for answers, line in (
                 ([file_chunk("f", 65536, 65536, b"")], "f: it has changed during the transfer"),
                 ([file_chunk("f", 65536, 65536, bytes(65535))], "FileChunk: not the bytes that were asked for"),
-                ([file_chunk("f", 0, 65536, bytes(65536))], "FileChunk: not the bytes that were asked for")):
+                ([file_chunk("f", 0, 65536, bytes(65536))], "FileChunk: not the bytes that were asked for"),
+                ([file_chunk("g", 65536, 65536, bytes(65536))], "FileChunk: not the bytes that were asked for")):
             result = self.answer_to(info, first, *answers, options=("--record", "file", "--file", "f"))
             self.assertEqual(result.stderr, "exchange: server: " + line + "\n")
             self.assertNotEqual(result.returncode, 0)
             self.assertEqual(self.left_over(), [])
+
+    def test_the_server_refuses_another_file(self):
+        result = self.answer_to(file_info("g", 3), options=("--record", "file", "--file", "f"))
+        self.assert_refused(result, "exchange: server: FileInfo: not of the file that was asked for")
+        self.assertEqual(self.left_over(), [])
+
+    def test_another_file_than_the_one_that_was_asked_for_is_refused(self):
+        self.assert_refused(self.answer_to(file_info("g", 3), options=("--record", "file", "--file", "f")),
+                            "exchange: server: FileInfo: not of the file that was asked for")
+        self.assertEqual(self.left_over(), [])
 
     def test_a_wrong_digest_leaves_nothing(self):
         result = self.answer_to(file_info("f", 3), file_chunk("f", 0, 3, b"abc"), file_chunk("f", 3, 0, bytes(32)),
@@ -664,9 +788,11 @@ class Hostile(Case):
         self.assertIn("states, with their codes: 0 (1) 1 (2)", result.stdout)
 
     def test_control_characters_do_not_reach_the_terminal(self):
-        result = self.answer_to(self.connection((0, 5), b"\x1b[31m"))
-        self.assertIn(r"\x1b[31m", result.stdout)
+        result = self.answer_to(self.connection((0, 9), b"\x1b[31m\xc2\x9b\x7f\n"))
+        self.assertIn("address               \\x1b[31m\\xc2\\x9b\\x7f\\x0a\n", result.stdout)
         self.assertNotIn("\x1b", result.stdout)
+        result = self.answer_to(frame("\x1b[31m", b""))
+        self.assert_error(result, 'the peer sent "\\x1b[31m" where "VynConnectionParameters" is due')
 
     def test_a_truncated_message_or_conversation(self):
         good = self.connection()
@@ -744,6 +870,27 @@ class CommandLine(Case):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(len(result.stderr.splitlines()), 1)
         self.assertIn("there is no step or record Nothing", result.stderr)
+
+    def test_a_socket_that_a_dead_server_left_behind_is_taken_over(self):
+        server = self.start("serve", self.path("socket"))
+        self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+        server.kill()
+        server.wait()
+        self.assertTrue(os.path.exists(self.path("socket")))
+        server, peer = self.serve()
+        peer.close()
+        self.assertEqual(self.finish(server).returncode, 2)
+
+    def test_a_file_where_the_socket_should_be_is_left_alone(self):
+        path = self.write("socket", "precious")
+        self.assert_refused(self.run_exchange("serve", path), f"exchange: server: {path}: Address already in use")
+        with open(path) as file:
+            self.assertEqual(file.read(), "precious")
+
+    def test_a_path_too_long_for_a_socket(self):
+        path = "x" * 108
+        self.assert_refused(self.run_exchange("serve", path),
+                            f"exchange: server: {path}: too long for a socket's path")
 
     def test_a_socket_that_is_not_there(self):
         self.assert_refused(self.run_exchange("connect", self.path("none")),
