@@ -1,7 +1,7 @@
 // Two processes hold a connector's conversation: the connector reports and gives away a file, the server prints what
 // it gets and fetches the file. Without a subcommand this program is both; with one, each is started by hand.
-#include "conversation.h"
-#include "unix_socket.h"
+#include "steps/conversation.h"
+#include "transport/unix_socket.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,9 +1,9 @@
 // Step 4: the last lines of a log file, as events. An event's conversion does not throw: a field that does not fit
 // shows up in the status, and the connector says which one it was and goes on without it.
-#include "conversation.h"
-#include "descriptor.h"
-#include "files.h"
-#include "show.h"
+#include "host/descriptor.h"
+#include "host/files.h"
+#include "steps/conversation.h"
+#include "steps/show.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,9 +1,9 @@
 // Step 1: how the connector reaches its server, and with which settings it runs. The proxy is the machine's, the rest
 // stands in the settings file.
-#include "conversation.h"
-#include "proxy.h"
-#include "settings.h"
-#include "show.h"
+#include "steps/conversation.h"
+#include "steps/proxy.h"
+#include "steps/settings.h"
+#include "steps/show.h"
 
 namespace exchange {
 

@@ -1,4 +1,4 @@
-#include "unix_socket.h"
+#include "transport/unix_socket.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "conversation.h"
+#include "steps/conversation.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "host/progress.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#include "capture.h"
+#include "transport/capture.h"
 
-#include "descriptor.h"
-#include "files.h"
+#include "host/descriptor.h"
+#include "host/files.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

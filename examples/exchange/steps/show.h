@@ -2,8 +2,8 @@
 // there is no second list of them here. Passwords are masked.
 #pragma once
 
-#include "channel.h"
-#include "console.h"
+#include "host/console.h"
+#include "transport/channel.h"
 
 #include <fmt/chrono.h>
 

@@ -1,8 +1,8 @@
 // A file that is being received: "NAME.part" until it is complete, and only then NAME.
 #pragma once
 
-#include "descriptor.h"
-#include "sha256.h"
+#include "host/descriptor.h"
+#include "host/sha256.h"
 
 #include <cstdint>
 #include <filesystem>

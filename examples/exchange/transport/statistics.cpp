@@ -1,6 +1,6 @@
-#include "statistics.h"
+#include "transport/statistics.h"
 
-#include "console.h"
+#include "host/console.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,4 +1,4 @@
-#include "proxy.h"
+#include "steps/proxy.h"
 
 #include <curl/curl.h>
 

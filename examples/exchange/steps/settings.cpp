@@ -1,6 +1,6 @@
-#include "settings.h"
+#include "steps/settings.h"
 
-#include "files.h"
+#include "host/files.h"
 
 #include <fmt/format.h>
 

@@ -1,10 +1,10 @@
 // Step 2: what the connector reports about the machine and about one product on it. What the machine lacks is left
 // empty; what is too long for its field is cut, and the console says so.
-#include "conversation.h"
-#include "field_limits.h"
-#include "files.h"
-#include "settings.h"
-#include "show.h"
+#include "host/files.h"
+#include "steps/conversation.h"
+#include "steps/field_limits.h"
+#include "steps/settings.h"
+#include "steps/show.h"
 
 #include <sys/stat.h>
 #include <sys/utsname.h>

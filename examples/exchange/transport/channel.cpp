@@ -1,6 +1,6 @@
-#include "channel.h"
+#include "transport/channel.h"
 
-#include "console.h"
+#include "host/console.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Step 7: the connector's states, one after the other, as the codes that they have on the wire.
-#include "conversation.h"
+#include "steps/conversation.h"
 
 namespace exchange {
 

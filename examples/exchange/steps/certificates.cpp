@@ -1,9 +1,9 @@
 // Step 5: the certificates of a folder, in batches as large as a list may be, and a record about all of them. A file
 // that cannot be sent is left out, and the console says which one and why.
-#include "conversation.h"
-#include "field_limits.h"
-#include "files.h"
-#include "show.h"
+#include "host/files.h"
+#include "steps/conversation.h"
+#include "steps/field_limits.h"
+#include "steps/show.h"
 
 #include <openssl/pem.h>
 #include <openssl/x509.h>

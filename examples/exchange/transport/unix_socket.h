@@ -1,8 +1,8 @@
 // The transport between two processes of one machine: a Unix domain socket.
 #pragma once
 
-#include "descriptor.h"
-#include "transport.h"
+#include "host/descriptor.h"
+#include "transport/transport.h"
 
 #include <string>
 #include <utility>

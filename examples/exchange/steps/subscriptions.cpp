@@ -1,10 +1,10 @@
 // Step 3: which events the server is to get, with a hash over them, and the identifiers of the updates that there are.
-#include "conversation.h"
-#include "field_limits.h"
-#include "files.h"
-#include "settings.h"
-#include "sha256.h"
-#include "show.h"
+#include "host/files.h"
+#include "host/sha256.h"
+#include "steps/conversation.h"
+#include "steps/field_limits.h"
+#include "steps/settings.h"
+#include "steps/show.h"
 
 #include <charconv>
 #include <filesystem>

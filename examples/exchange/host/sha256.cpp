@@ -1,6 +1,6 @@
-#include "sha256.h"
+#include "host/sha256.h"
 
-#include "descriptor.h"
+#include "host/descriptor.h"
 
 #include <fmt/format.h>
 #include <openssl/evp.h>

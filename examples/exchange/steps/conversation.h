@@ -2,9 +2,9 @@
 // one file; the two functions mirror each other, message by message.
 #pragma once
 
-#include "channel.h"
-#include "console.h"
+#include "host/console.h"
 #include "options.h"
+#include "transport/channel.h"
 
 #include <string_view>
 #include <vector>

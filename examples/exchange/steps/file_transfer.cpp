@@ -1,9 +1,9 @@
 // Step 6: the server asks for a file, and fetches it chunk by chunk. A chunk of 0 bytes at the file's end stands for
 // its SHA-256; a chunk that is shorter than was asked for says that the file is no longer what it was. What has been
 // received gets its name only when size and SHA-256 agree.
-#include "conversation.h"
-#include "part_file.h"
-#include "progress.h"
+#include "host/part_file.h"
+#include "host/progress.h"
+#include "steps/conversation.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

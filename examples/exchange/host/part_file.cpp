@@ -1,6 +1,6 @@
-#include "part_file.h"
+#include "host/part_file.h"
 
-#include "files.h"
+#include "host/files.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

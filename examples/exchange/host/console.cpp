@@ -1,4 +1,4 @@
-#include "console.h"
+#include "host/console.h"
 
 #include <unistd.h>
 

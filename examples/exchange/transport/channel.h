@@ -3,10 +3,10 @@
 // asked for.
 #pragma once
 
-#include "capture.h"
-#include "codec.h"
-#include "statistics.h"
-#include "transport.h"
+#include "transport/capture.h"
+#include "transport/codec.h"
+#include "transport/statistics.h"
+#include "transport/transport.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // How far a transfer has come: on a terminal a bar that moves, elsewhere a line now and then.
 #pragma once
 
-#include "console.h"
+#include "host/console.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "files.h"
+#include "host/files.h"
 
-#include "descriptor.h"
+#include "host/descriptor.h"
 
 #include <fcntl.h>
 
