@@ -63,7 +63,7 @@ void Fill(kind::Optional<ElementKind>, std::optional<Element>& value, const Choo
 }
 // Equal texts would collapse, so each is long enough for a number of its own.
 template <std::uint64_t MaxCount>
-void Fill(kind::Set<MaxCount>, std::unordered_set<std::string>& values, const ChooseSize& choose)
+void Fill(kind::Set<MaxCount, kind::Text<128>>, std::unordered_set<std::string>& values, const ChooseSize& choose)
 {
     for (std::uint64_t count = choose(MaxCount); count > 0; --count)
         values.insert(MakeText(3 + choose(125), count));
@@ -77,7 +77,7 @@ void Fill(kind::Entries<MaxCount>, VynSubscriptions& value, const ChooseSize& ch
     }
 }
 template <std::size_t Count, std::size_t MaxBytes>
-void Fill(kind::Texts<Count, MaxBytes>, std::array<std::string, Count>& values, const ChooseSize& choose)
+void Fill(kind::EventTexts<Count, MaxBytes>, std::array<std::string, Count>& values, const ChooseSize& choose)
 {
     for (std::string& value : values)
         value = MakeText(choose(MaxBytes));

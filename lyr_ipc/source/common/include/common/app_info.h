@@ -92,7 +92,19 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_DynamicAppInfo {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_ProductInfo CastToZt(const ProductInfo& value, zt_arena* arena);
+VYN_EXPORT ProductInfo CastFromZt(const tq_vyn_connector_VynTypes_ProductInfo& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_DeviceInfo CastToZt(const DeviceInfo& value, zt_arena* arena);
+VYN_EXPORT DeviceInfo CastFromZt(const tq_vyn_connector_VynTypes_DeviceInfo& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_AppInfo CastToZt(const AppInfo& value, zt_arena* arena);
+VYN_EXPORT AppInfo CastFromZt(const tq_vyn_connector_VynTypes_AppInfo& wire, const zt_arena* arena);
+
+// This pair takes no arena, unlike most others; it cannot fail.
+VYN_EXPORT tq_vyn_connector_VynTypes_DynamicAppInfo CastToZt(const DynamicAppInfo& value);
+VYN_EXPORT DynamicAppInfo CastFromZt(const tq_vyn_connector_VynTypes_DynamicAppInfo& wire);
+
 VYN_RECORD(ProductInfo, ProductInfo, 64, 8,
     VYN_FIELD( 0,  8, field1,      Text<32>),
     VYN_FIELD( 8,  8, field2,      Text<32>),
@@ -128,22 +140,8 @@ VYN_RECORD(AppInfo, AppInfo, 200, 8,
 
 VYN_RECORD(DynamicAppInfo, DynamicAppInfo, 8, 8,
     VYN_FIELD(0, 8, field1, Number));
-// clang-format on
 
 // The same bytes in both forms; other processes may copy them without a conversion.
 static_assert(sizeof(DynamicAppInfo) == 8 && std::is_trivially_copyable_v<DynamicAppInfo>);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProductInfo CastToZt(const ProductInfo& value, zt_arena* arena);
-VYN_EXPORT ProductInfo CastFromZt(const tq_vyn_connector_VynTypes_ProductInfo& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_DeviceInfo CastToZt(const DeviceInfo& value, zt_arena* arena);
-VYN_EXPORT DeviceInfo CastFromZt(const tq_vyn_connector_VynTypes_DeviceInfo& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_AppInfo CastToZt(const AppInfo& value, zt_arena* arena);
-VYN_EXPORT AppInfo CastFromZt(const tq_vyn_connector_VynTypes_AppInfo& wire, const zt_arena* arena);
-
-// This pair takes no arena, unlike most others; it cannot fail.
-VYN_EXPORT tq_vyn_connector_VynTypes_DynamicAppInfo CastToZt(const DynamicAppInfo& value);
-VYN_EXPORT DynamicAppInfo CastFromZt(const tq_vyn_connector_VynTypes_DynamicAppInfo& wire);
 
 } // namespace vyn_connector::common

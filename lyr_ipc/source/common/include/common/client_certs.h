@@ -44,7 +44,17 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertsInfo {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertParams CastToZt(const ClientCertParams& value, zt_arena* arena);
+VYN_EXPORT ClientCertParams CastFromZt(const tq_vyn_connector_VynTypes_ClientCertParams& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertInfo CastToZt(const ClientCertInfo& value, zt_arena* arena);
+VYN_EXPORT ClientCertInfo CastFromZt(const tq_vyn_connector_VynTypes_ClientCertInfo& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertsInfo CastToZt(const std::vector<ClientCertInfo>& values,
+                                                              zt_arena* arena);
+VYN_EXPORT std::vector<ClientCertInfo> CastFromZt(const tq_vyn_connector_VynTypes_ClientCertsInfo& wire,
+                                                  const zt_arena* arena);
+
 VYN_RECORD(ClientCertParams, ClientCertParams, 24, 4,
     VYN_FIELD  ( 0, 8, field1, Text<16384>),
     VYN_FIELD  ( 8, 8, field2, Text<16384>),
@@ -62,18 +72,6 @@ VYN_RECORD(ClientCertInfo, ClientCertInfo, 28, 4,
 
 VYN_RECORD(std::vector<ClientCertInfo>, ClientCertsInfo, 8, 4,
     VYN_WHOLE(0, 8, certs, List<10>));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertParams CastToZt(const ClientCertParams& value, zt_arena* arena);
-VYN_EXPORT ClientCertParams CastFromZt(const tq_vyn_connector_VynTypes_ClientCertParams& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertInfo CastToZt(const ClientCertInfo& value, zt_arena* arena);
-VYN_EXPORT ClientCertInfo CastFromZt(const tq_vyn_connector_VynTypes_ClientCertInfo& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ClientCertsInfo CastToZt(const std::vector<ClientCertInfo>& values,
-                                                              zt_arena* arena);
-VYN_EXPORT std::vector<ClientCertInfo> CastFromZt(const tq_vyn_connector_VynTypes_ClientCertsInfo& wire,
-                                                  const zt_arena* arena);
 
 extern template VYN_EXPORT void
 VectorToZt<10, tq_vyn_connector_VynTypes_ClientCertInfo>(const std::vector<ClientCertInfo>&, zt_ptr_t*, zt_arena*,

@@ -50,10 +50,18 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_SslSettings {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_Credentials CastToZt(const Credentials& value, zt_arena* arena);
+VYN_EXPORT Credentials CastFromZt(const tq_vyn_connector_VynTypes_Credentials& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ProxySettings CastToZt(const ProxySettings& value, zt_arena* arena);
+VYN_EXPORT ProxySettings CastFromZt(const tq_vyn_connector_VynTypes_ProxySettings& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_SslSettings CastToZt(const SslSettings& value, zt_arena* arena);
+VYN_EXPORT SslSettings CastFromZt(const tq_vyn_connector_VynTypes_SslSettings& wire, const zt_arena* arena);
+
 VYN_RECORD(Credentials, Credentials, 16, 4,
     VYN_FIELD(0, 8, userName, Text<128>),
-    VYN_FIELD(8, 8, password, Text<128>));
+    VYN_FIELD(8, 8, password, Secret<Text<128>>));
 
 VYN_RECORD(ProxySettings, ProxySettings, 28, 4,
     VYN_FIELD  ( 0,  8, address,     Text<128>),
@@ -68,15 +76,5 @@ VYN_RECORD(SslSettings, SslSettings, 36, 4,
     VYN_FIELD  (12, 8, field3, Text<128>),
     VYN_FIELD  (20, 8, field4, Text<128>),
     VYN_FIELD  (28, 8, field5, Text<128>));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_Credentials CastToZt(const Credentials& value, zt_arena* arena);
-VYN_EXPORT Credentials CastFromZt(const tq_vyn_connector_VynTypes_Credentials& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProxySettings CastToZt(const ProxySettings& value, zt_arena* arena);
-VYN_EXPORT ProxySettings CastFromZt(const tq_vyn_connector_VynTypes_ProxySettings& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_SslSettings CastToZt(const SslSettings& value, zt_arena* arena);
-VYN_EXPORT SslSettings CastFromZt(const tq_vyn_connector_VynTypes_SslSettings& wire, const zt_arena* arena);
 
 } // namespace vyn_connector::common

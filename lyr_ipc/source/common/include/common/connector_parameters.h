@@ -28,7 +28,12 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_VynParams {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_VynParam CastToZt(const RawVynParam& value, zt_arena* arena);
+VYN_EXPORT RawVynParam CastFromZt(const tq_vyn_connector_VynTypes_VynParam& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_VynParams CastToZt(const std::vector<RawVynParam>& values, zt_arena* arena);
+VYN_EXPORT std::vector<RawVynParam> CastFromZt(const tq_vyn_connector_VynTypes_VynParams& wire, const zt_arena* arena);
+
 VYN_RECORD(RawVynParam, VynParam, 16, 4,
     VYN_FIELD(0, 8, name,  Text<128>),
     VYN_FIELD(8, 8, value, Blob));
@@ -36,13 +41,6 @@ VYN_RECORD(RawVynParam, VynParam, 16, 4,
 // The largest count that a signed 32-bit number holds; the arena is the real bound.
 VYN_RECORD(std::vector<RawVynParam>, VynParams, 8, 4,
     VYN_WHOLE(0, 8, params, List<2147483647>));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_VynParam CastToZt(const RawVynParam& value, zt_arena* arena);
-VYN_EXPORT RawVynParam CastFromZt(const tq_vyn_connector_VynTypes_VynParam& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_VynParams CastToZt(const std::vector<RawVynParam>& values, zt_arena* arena);
-VYN_EXPORT std::vector<RawVynParam> CastFromZt(const tq_vyn_connector_VynTypes_VynParams& wire, const zt_arena* arena);
 
 extern template VYN_EXPORT void
 VectorToZt<2147483647, tq_vyn_connector_VynTypes_VynParam>(const std::vector<RawVynParam>&, zt_ptr_t*, zt_arena*,

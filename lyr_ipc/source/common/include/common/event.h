@@ -3,6 +3,7 @@
 // over its arena by reference.
 #pragma once
 
+#include <common/kind/event_fields.h>
 #include <common/record.h>
 #include <common/subscriptions.h>
 
@@ -36,39 +37,7 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_VynEvent {
     zt_ptr_t stringArray[9];
 };
 
-namespace vyn_connector::common {
-
-namespace kind {
-
-// A fixed array of strings, each of at most MaxBytes.
-template <std::size_t Count, std::size_t MaxBytes>
-struct Texts : Joins<std::array<std::string, Count>, zt_ptr_t[Count]> {
-    static constexpr std::size_t limit = MaxBytes;
-};
-
-} // namespace kind
-
-// clang-format off
-VYN_RECORD(VynEvent, VynEvent, 136, 8,
-    VYN_FIELD( 0,  8, field1,      Text<128>),
-    VYN_FIELD( 8,  4, severity,    Enumeration),
-    VYN_FIELD(12,  8, field3,      Text<128>),
-    VYN_FIELD(20,  8, field4,      Text<128>),
-    VYN_FIELD(28,  8, field5,      Text<64>),
-    VYN_FIELD(36,  8, field6,      Text<128>),
-    VYN_FIELD(44,  8, field7,      Text<1024>),
-    VYN_FIELD(52,  4, field8,      Number),
-    VYN_FIELD(56,  8, field9,      Number),
-    VYN_FIELD(64, 72, stringArray, Texts<9, 512>));
-// clang-format on
-
-} // namespace vyn_connector::common
-
 namespace lyr::ipc::arena::conv {
-
-// The conversions store Failed and nothing else: set it to Ok first, carry it through as many conversions as you like,
-// and it says afterwards whether all of them succeeded.
-enum class Status : std::uint8_t { Failed = 0, Ok = 1 };
 
 // A string over its limit, or without room, gets the pointer {0xFFFFFFFF, 0xFFFFFFFF}; the others are still placed.
 // An empty string takes one byte, so that a reader finds its offset inside the used part of the arena.
@@ -81,3 +50,61 @@ VYN_EXPORT vyn_connector::VynEvent FromZt(const zt_arena& arena, const tq_vyn_co
                                           Status& status) noexcept;
 
 } // namespace lyr::ipc::arena::conv
+
+namespace vyn_connector::common {
+
+VYN_RECORD(VynEvent, VynEvent, 136, 8,
+    VYN_FIELD( 0,  8, field1,      EventText<128>),
+    VYN_FIELD( 8,  4, severity,    EventSeverity),
+    VYN_FIELD(12,  8, field3,      EventText<128>),
+    VYN_FIELD(20,  8, field4,      EventText<128>),
+    VYN_FIELD(28,  8, field5,      EventText<64>),
+    VYN_FIELD(36,  8, field6,      EventText<128>),
+    VYN_FIELD(44,  8, field7,      EventText<1024>),
+    VYN_FIELD(52,  4, field8,      EventNumber),
+    VYN_FIELD(56,  8, field9,      EventNumber),
+    VYN_FIELD(64, 72, stringArray, EventTexts<9, 512>));
+
+// Where a caller wants an exception and no status: it names the first field that failed. Writing throws
+// std::length_error, reading std::out_of_range.
+template <>
+struct Conversion<VynEvent> {
+    static WireOf<VynEvent> Write(const VynEvent& event, zt_arena* arena)
+    {
+        auto status = lyr::ipc::arena::conv::Status::Ok;
+        const WireOf<VynEvent> wire = lyr::ipc::arena::conv::ToZt(*arena, event, status);
+        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnwritten(event);
+        return wire;
+    }
+    static VynEvent Read(const WireOf<VynEvent>& wire, const zt_arena* arena)
+    {
+        auto status = lyr::ipc::arena::conv::Status::Ok;
+        VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
+        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnread(wire, *arena);
+        return event;
+    }
+
+private:
+    [[noreturn]] static void RaiseUnwritten(const VynEvent& event)
+    {
+        ForEachRow<VynEvent>([&](auto row) {
+            using Row = decltype(row);
+            const std::string fault = Row::Kind::FaultOnWriting(Row::InDomain::Of(event));
+            if (!fault.empty()) throw std::length_error("vyn event: " + (row.name + fault));
+        });
+        mur::raise_result_code(mur::resultOutOfSpace);
+    }
+    [[noreturn]] static void RaiseUnread(const WireOf<VynEvent>& wire, const zt_arena& arena)
+    {
+        std::string first;
+        ForEachRow<VynEvent>([&](auto row) {
+            using Row = decltype(row);
+            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset;
+            const std::string fault = Row::Kind::FaultOnReading(bytes, arena);
+            if (first.empty() && !fault.empty()) first = row.name + fault;
+        });
+        throw std::out_of_range("vyn event: " + first);
+    }
+};
+
+} // namespace vyn_connector::common

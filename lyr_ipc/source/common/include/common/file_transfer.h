@@ -63,7 +63,18 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_FileChunk {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_FileInfoParams CastToZt(const FileInfoParams& value, zt_arena* arena);
+VYN_EXPORT FileInfoParams CastFromZt(const tq_vyn_connector_VynTypes_FileInfoParams& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_FileInfo CastToZt(const FileInfo& value, zt_arena* arena);
+VYN_EXPORT FileInfo CastFromZt(const tq_vyn_connector_VynTypes_FileInfo& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_FileChunkParams CastToZt(const FileChunkParams& value, zt_arena* arena);
+VYN_EXPORT FileChunkParams CastFromZt(const tq_vyn_connector_VynTypes_FileChunkParams& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_FileChunk CastToZt(const FileChunk& value, zt_arena* arena);
+VYN_EXPORT FileChunk CastFromZt(const tq_vyn_connector_VynTypes_FileChunk& wire, const zt_arena* arena);
+
 VYN_RECORD(FileInfoParams, FileInfoParams, 8, 4,
     VYN_FIELD(0, 8, fileName, Text<1024>));
 
@@ -87,18 +98,5 @@ VYN_RECORD(FileChunk, FileChunk, 32, 8,
     VYN_FIELD( 8, 8, chunkOffset, Number),
     VYN_FIELD(16, 8, chunkSize,   Number),
     VYN_FIELD(24, 8, data,        Blob));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_FileInfoParams CastToZt(const FileInfoParams& value, zt_arena* arena);
-VYN_EXPORT FileInfoParams CastFromZt(const tq_vyn_connector_VynTypes_FileInfoParams& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_FileInfo CastToZt(const FileInfo& value, zt_arena* arena);
-VYN_EXPORT FileInfo CastFromZt(const tq_vyn_connector_VynTypes_FileInfo& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_FileChunkParams CastToZt(const FileChunkParams& value, zt_arena* arena);
-VYN_EXPORT FileChunkParams CastFromZt(const tq_vyn_connector_VynTypes_FileChunkParams& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_FileChunk CastToZt(const FileChunk& value, zt_arena* arena);
-VYN_EXPORT FileChunk CastFromZt(const tq_vyn_connector_VynTypes_FileChunk& wire, const zt_arena* arena);
 
 } // namespace vyn_connector::common

@@ -44,7 +44,12 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_LicenseInfo {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_LicenseKeyInfo CastToZt(const LicenseKeyInfo& value, zt_arena* arena);
+VYN_EXPORT LicenseKeyInfo CastFromZt(const tq_vyn_connector_VynTypes_LicenseKeyInfo& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_LicenseInfo CastToZt(const LicenseInfo& value, zt_arena* arena);
+VYN_EXPORT LicenseInfo CastFromZt(const tq_vyn_connector_VynTypes_LicenseInfo& wire, const zt_arena* arena);
+
 VYN_RECORD(LicenseKeyInfo, LicenseKeyInfo, 44, 4,
     VYN_FIELD( 0, 4, field1, Number),
     VYN_FIELD( 4, 4, field2, Number),
@@ -58,13 +63,6 @@ VYN_RECORD(LicenseKeyInfo, LicenseKeyInfo, 44, 4,
 VYN_RECORD(LicenseInfo, LicenseInfo, 16, 4,
     VYN_FIELD(0, 8, keyInfo1, Optional<Nested>),
     VYN_FIELD(8, 8, keyInfo2, Optional<Nested>));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_LicenseKeyInfo CastToZt(const LicenseKeyInfo& value, zt_arena* arena);
-VYN_EXPORT LicenseKeyInfo CastFromZt(const tq_vyn_connector_VynTypes_LicenseKeyInfo& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_LicenseInfo CastToZt(const LicenseInfo& value, zt_arena* arena);
-VYN_EXPORT LicenseInfo CastFromZt(const tq_vyn_connector_VynTypes_LicenseInfo& wire, const zt_arena* arena);
 
 extern template VYN_EXPORT std::optional<LicenseKeyInfo>
 ZtToOptional<tq_vyn_connector_VynTypes_LicenseKeyInfo, LicenseKeyInfo>(const zt_ptr_t*, const zt_arena*,

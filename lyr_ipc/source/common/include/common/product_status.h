@@ -49,7 +49,19 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_ProductHsdpInfo {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_ProductUpdCfg CastToZt(const ProductUpdCfg& value, zt_arena* arena);
+VYN_EXPORT ProductUpdCfg CastFromZt(const tq_vyn_connector_VynTypes_ProductUpdCfg& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ProductUpdCfgArray CastToZt(const ProductUpdCfgArray& value, zt_arena* arena);
+VYN_EXPORT ProductUpdCfgArray CastFromZt(const tq_vyn_connector_VynTypes_ProductUpdCfgArray& wire,
+                                         const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ProductHsdpStatus CastToZt(const ProductHsdpStatus& value, zt_arena* arena);
+VYN_EXPORT ProductHsdpStatus CastFromZt(const tq_vyn_connector_VynTypes_ProductHsdpStatus& wire, const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_ProductHsdpInfo CastToZt(const ProductHsdpInfo& value, zt_arena* arena);
+VYN_EXPORT ProductHsdpInfo CastFromZt(const tq_vyn_connector_VynTypes_ProductHsdpInfo& wire, const zt_arena* arena);
+
 VYN_RECORD(ProductUpdCfg, ProductUpdCfg, 16, 4,
     VYN_FIELD(0, 8, field1, Text<256>),
     VYN_FIELD(8, 8, field2, Text<256>));
@@ -65,20 +77,6 @@ VYN_RECORD(ProductHsdpStatus, ProductHsdpStatus, 16, 4,
 VYN_RECORD(ProductHsdpInfo, ProductHsdpInfo, 12, 4,
     VYN_FIELD(0, 4, field1,   Number),
     VYN_FIELD(4, 8, statuses, List<5>));
-// clang-format on
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProductUpdCfg CastToZt(const ProductUpdCfg& value, zt_arena* arena);
-VYN_EXPORT ProductUpdCfg CastFromZt(const tq_vyn_connector_VynTypes_ProductUpdCfg& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProductUpdCfgArray CastToZt(const ProductUpdCfgArray& value, zt_arena* arena);
-VYN_EXPORT ProductUpdCfgArray CastFromZt(const tq_vyn_connector_VynTypes_ProductUpdCfgArray& wire,
-                                         const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProductHsdpStatus CastToZt(const ProductHsdpStatus& value, zt_arena* arena);
-VYN_EXPORT ProductHsdpStatus CastFromZt(const tq_vyn_connector_VynTypes_ProductHsdpStatus& wire, const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ProductHsdpInfo CastToZt(const ProductHsdpInfo& value, zt_arena* arena);
-VYN_EXPORT ProductHsdpInfo CastFromZt(const tq_vyn_connector_VynTypes_ProductHsdpInfo& wire, const zt_arena* arena);
 
 extern template VYN_EXPORT void
 VectorToZt<32, tq_vyn_connector_VynTypes_ProductUpdCfg>(const std::vector<ProductUpdCfg>&, zt_ptr_t*, zt_arena*,

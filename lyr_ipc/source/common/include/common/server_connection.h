@@ -72,7 +72,28 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_VynServerData {
 
 namespace vyn_connector::common {
 
-// clang-format off
+VYN_EXPORT tq_vyn_connector_VynTypes_ServerConnectionParameters CastToZt(const ServerConnectionParameters& value,
+                                                                         zt_arena* arena);
+VYN_EXPORT ServerConnectionParameters CastFromZt(const tq_vyn_connector_VynTypes_ServerConnectionParameters& wire,
+                                                 const zt_arena* arena);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_VynConnectionParameters CastToZt(const VynConnectionParameters& value,
+                                                                      zt_arena* arena);
+VYN_EXPORT VynConnectionParameters CastFromZt(const tq_vyn_connector_VynTypes_VynConnectionParameters& wire,
+                                              const zt_arena* arena);
+
+// The arena is ignored and may be null: it is there so that the pair can convert the elements of an optional.
+VYN_EXPORT tq_vyn_connector_VynTypes_VynRequestsTimeouts CastToZt(const VynRequestsTimeouts& value, zt_arena* arena);
+VYN_EXPORT VynRequestsTimeouts CastFromZt(const tq_vyn_connector_VynTypes_VynRequestsTimeouts& wire,
+                                          const zt_arena* arena);
+
+// These two pairs take no arena at all, unlike the others; they cannot fail.
+VYN_EXPORT tq_vyn_connector_VynTypes_VynConnectorSettings CastToZt(const VynConnectorSettings& value);
+VYN_EXPORT VynConnectorSettings CastFromZt(const tq_vyn_connector_VynTypes_VynConnectorSettings& wire);
+
+VYN_EXPORT tq_vyn_connector_VynTypes_VynServerData CastToZt(const VynServerData& value);
+VYN_EXPORT VynServerData CastFromZt(const tq_vyn_connector_VynTypes_VynServerData& wire);
+
 VYN_RECORD(VynRequestsTimeouts, VynRequestsTimeouts, 16, 8,
     VYN_FIELD(0, 8, field1, Number),
     VYN_FIELD(8, 8, field2, Number));
@@ -97,34 +118,11 @@ VYN_RECORD(VynConnectorSettings, VynConnectorSettings, 48, 8,
 
 VYN_RECORD(VynServerData, VynServerData, 8, 8,
     VYN_FIELD(0, 8, field1, Number));
-// clang-format on
 
 // These three are the same bytes in both forms; other processes may copy them without a conversion.
 static_assert(sizeof(VynRequestsTimeouts) == 16 && alignof(VynRequestsTimeouts) == 8);
 static_assert(sizeof(VynConnectorSettings) == 48);
 static_assert(sizeof(VynServerData) == 8);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_ServerConnectionParameters CastToZt(const ServerConnectionParameters& value,
-                                                                         zt_arena* arena);
-VYN_EXPORT ServerConnectionParameters CastFromZt(const tq_vyn_connector_VynTypes_ServerConnectionParameters& wire,
-                                                 const zt_arena* arena);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_VynConnectionParameters CastToZt(const VynConnectionParameters& value,
-                                                                      zt_arena* arena);
-VYN_EXPORT VynConnectionParameters CastFromZt(const tq_vyn_connector_VynTypes_VynConnectionParameters& wire,
-                                              const zt_arena* arena);
-
-// The arena is ignored and may be null: it is there so that the pair can convert the elements of an optional.
-VYN_EXPORT tq_vyn_connector_VynTypes_VynRequestsTimeouts CastToZt(const VynRequestsTimeouts& value, zt_arena* arena);
-VYN_EXPORT VynRequestsTimeouts CastFromZt(const tq_vyn_connector_VynTypes_VynRequestsTimeouts& wire,
-                                          const zt_arena* arena);
-
-// These two pairs take no arena at all, unlike the others; they cannot fail.
-VYN_EXPORT tq_vyn_connector_VynTypes_VynConnectorSettings CastToZt(const VynConnectorSettings& value);
-VYN_EXPORT VynConnectorSettings CastFromZt(const tq_vyn_connector_VynTypes_VynConnectorSettings& wire);
-
-VYN_EXPORT tq_vyn_connector_VynTypes_VynServerData CastToZt(const VynServerData& value);
-VYN_EXPORT VynServerData CastFromZt(const tq_vyn_connector_VynTypes_VynServerData& wire);
 
 extern template VYN_EXPORT std::optional<ProxySettings>
 ZtToOptional<tq_vyn_connector_VynTypes_ProxySettings, ProxySettings>(const zt_ptr_t*, const zt_arena*,

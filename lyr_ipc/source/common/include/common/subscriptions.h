@@ -4,6 +4,8 @@
 // outside the arena. A null arena raises mur::InvalidArgumentException.
 #pragma once
 
+#include <common/kind/entries.h>
+#include <common/kind/set.h>
 #include <common/record.h>
 
 #include <unordered_map>
@@ -61,37 +63,6 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_VynSubscriptionsWithHash {
 
 namespace vyn_connector::common {
 
-namespace kind {
-
-// A set of strings of at most 128 bytes each.
-template <std::uint64_t MaxCount>
-struct Set : Joins<std::unordered_set<std::string>, zt_ptr_t> {
-    static constexpr std::uint64_t limit = MaxCount;
-};
-
-// A map's entries inline, without a count. An unused entry is all zero and reads as severity 0 with no names: written
-// and read back, a record without severity 0 and with fewer than MaxCount entries comes back with one more. The format
-// is like that, and both ends rely on it.
-template <std::size_t MaxCount>
-struct Entries : Joins<VynSubscriptions, tq_vyn_connector_VynTypes_VynSubscription[MaxCount]> {
-    static constexpr std::size_t limit = MaxCount;
-};
-
-} // namespace kind
-
-// clang-format off
-VYN_RECORD(VynSubscription, VynSubscription, 12, 4,
-    VYN_FIELD_AS(0, 4, first,  severity,   Enumeration),
-    VYN_FIELD_AS(4, 8, second, eventTypes, Set<128>));
-
-VYN_RECORD(VynSubscriptions, VynSubscriptions, 48, 4,
-    VYN_WHOLE(0, 48, entries, Entries<4>));
-
-VYN_RECORD(VynSubscriptionsWithHash, VynSubscriptionsWithHash, 56, 8,
-    VYN_FIELD_AS(0,  8, first,  hash,          Number),
-    VYN_FIELD_AS(8, 48, second, subscriptions, Nested));
-// clang-format on
-
 VYN_EXPORT tq_vyn_connector_VynTypes_VynSubscription CastToZt(const VynSubscription& value, zt_arena* arena);
 VYN_EXPORT VynSubscription CastFromZt(const tq_vyn_connector_VynTypes_VynSubscription& wire, const zt_arena* arena);
 
@@ -103,6 +74,17 @@ VYN_EXPORT tq_vyn_connector_VynTypes_VynSubscriptionsWithHash CastToZt(const Vyn
                                                                        zt_arena* arena);
 VYN_EXPORT VynSubscriptionsWithHash CastFromZt(const tq_vyn_connector_VynTypes_VynSubscriptionsWithHash& wire,
                                                const zt_arena* arena);
+
+VYN_RECORD(VynSubscription, VynSubscription, 12, 4,
+    VYN_FIELD_AS(0, 4, first,  severity,   Enumeration),
+    VYN_FIELD_AS(4, 8, second, eventTypes, Set<128, Text<128>>));
+
+VYN_RECORD(VynSubscriptions, VynSubscriptions, 48, 4,
+    VYN_WHOLE(0, 48, entries, Entries<4>));
+
+VYN_RECORD(VynSubscriptionsWithHash, VynSubscriptionsWithHash, 56, 8,
+    VYN_FIELD_AS(0,  8, first,  hash,          Number),
+    VYN_FIELD_AS(8, 48, second, subscriptions, Nested));
 
 extern template VYN_EXPORT std::unordered_set<std::string>
 ZtToSet<zt_ptr_t, std::string>(const zt_ptr_t*, const zt_arena*, std::string (*)(const zt_ptr_t&, const zt_arena*));

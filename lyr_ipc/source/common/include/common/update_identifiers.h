@@ -3,7 +3,10 @@
 // mur::ResultCodeException (invalid argument).
 #pragma once
 
+#include <common/kind/range.h>
 #include <common/record.h>
+
+#include <iterator>
 
 namespace vyn_connector {
 
@@ -22,27 +25,6 @@ struct VYN_EXPORT tq_vyn_connector_VynTypes_VynUpdateIdentifierContainer {
 
 namespace vyn_connector::common {
 
-namespace kind {
-
-// A vector of described records, written from two iterators into it.
-template <std::int64_t MaxCount>
-struct Range {
-    static constexpr std::int64_t limit = MaxCount;
-    template <typename D, typename W>
-    static constexpr bool fits =
-        std::conjunction_v<std::bool_constant<isDescribed<typename D::value_type>>, std::is_same<W, zt_ptr_t>>;
-};
-
-} // namespace kind
-
-// clang-format off
-VYN_RECORD(VynUpdateIdentifier, VynUpdateIdentifier, 16, 1,
-    VYN_WHOLE(0, 16, bytes, Bytes));
-
-VYN_RECORD(VynUpdateIdentifiers, VynUpdateIdentifierContainer, 8, 4,
-    VYN_WHOLE(0, 8, identifiers, Range<10>));
-// clang-format on
-
 using VynUpdateIdentifierRange = std::pair<VynUpdateIdentifiers::const_iterator, VynUpdateIdentifiers::const_iterator>;
 
 // Neither uses the arena, which may be null.
@@ -56,6 +38,30 @@ VYN_EXPORT tq_vyn_connector_VynTypes_VynUpdateIdentifierContainer CastToZt(const
 // the size that it claims is huge.
 VYN_EXPORT VynUpdateIdentifiers CastFromZt(const tq_vyn_connector_VynTypes_VynUpdateIdentifierContainer& wire,
                                            const zt_arena* arena);
+
+VYN_RECORD(VynUpdateIdentifier, VynUpdateIdentifier, 16, 1,
+    VYN_WHOLE(0, 16, bytes, Bytes));
+
+VYN_RECORD(VynUpdateIdentifiers, VynUpdateIdentifierContainer, 8, 4,
+    VYN_WHOLE(0, 8, identifiers, Range<10>));
+
+// The writer takes a part of a vector, or all of it.
+template <>
+struct WrittenAs<VynUpdateIdentifierRange> {
+    using Record = VynUpdateIdentifiers;
+};
+
+template <>
+struct Conversion<VynUpdateIdentifiers> {
+    static WireOf<VynUpdateIdentifiers> Write(const VynUpdateIdentifiers& identifiers, zt_arena* arena)
+    {
+        return CastToZt(VynUpdateIdentifierRange(identifiers.begin(), identifiers.end()), arena);
+    }
+    static VynUpdateIdentifiers Read(const WireOf<VynUpdateIdentifiers>& wire, const zt_arena* arena)
+    {
+        return CastFromZt(wire, arena);
+    }
+};
 
 extern template VYN_EXPORT void
 RangeToZt<10, tq_vyn_connector_VynTypes_VynUpdateIdentifier>(VynUpdateIdentifiers::const_iterator,

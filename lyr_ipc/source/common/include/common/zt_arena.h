@@ -28,24 +28,50 @@ static_assert(sizeof(zt_ptr_t) == 8 && alignof(zt_ptr_t) == 4);
 static_assert(offsetof(zt_ptr_t, offset) == 0 && offsetof(zt_ptr_t, size) == 4);
 static_assert(std::is_trivially_copyable_v<zt_ptr_t> && std::is_trivially_copyable_v<zt_arena>);
 
+namespace vyn_connector::common::detail {
+
+// The two ends of an arena, as they are held in registers while a message is written or read.
+struct Bounds {
+    std::uintptr_t start;
+    std::uintptr_t end;
+};
+
+// Returns the address that `ptr` names, or 0 where its bytes do not lie before the arena's end or are not a whole
+// number of elements. This is the one test that stands between a hostile message and memory outside its arena.
+// Deliberately not tested: the top (data behind it resolves) and the address's alignment (read elements with memcpy).
+constexpr std::uintptr_t Resolve(Bounds arena, zt_ptr_t ptr, std::size_t elementSize) noexcept
+{
+    const std::uintptr_t address = arena.start + ptr.offset;
+    if (address < arena.start) return 0; // an offset that wraps back below the arena
+    const std::uintptr_t last = address + ptr.size;
+    if (last < address) return 0; // a size that wraps, so that the end would seem to be inside
+    if (last > arena.end) return 0;
+    if (elementSize > 1 && ptr.size % elementSize != 0) return 0; // part of an element
+    return address;
+}
+
+constexpr std::uintptr_t AlignUp(std::uintptr_t address, std::size_t alignment) noexcept
+{
+    return (address + (alignment - 1)) & ~static_cast<std::uintptr_t>(alignment - 1);
+}
+
 // The arithmetic of a reservation: moves the top past `size` bytes aligned to `alignment` and returns their address, or
 // returns null and leaves the arena as it was. The bytes are as they were, stale ones of an earlier message perhaps: for
 // callers that overwrite every one of them. All others reserve.
-inline void* zt_arena_claim(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
+inline void* Claim(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
 {
-    const auto start = reinterpret_cast<std::uintptr_t>(arena->start);
-    const auto top = reinterpret_cast<std::uintptr_t>(arena->top);
-    const auto end = reinterpret_cast<std::uintptr_t>(arena->end);
-
-    const std::uintptr_t aligned = (top + (alignment - 1)) & ~static_cast<std::uintptr_t>(alignment - 1);
-    if (aligned < start) return nullptr; // rounding up went past the last address
+    const std::uintptr_t aligned = AlignUp(reinterpret_cast<std::uintptr_t>(arena->top), alignment);
+    if (aligned < reinterpret_cast<std::uintptr_t>(arena->start))
+        return nullptr; // rounding up went past the last address
     const std::uintptr_t newTop = aligned + size;
     if (newTop < aligned) return nullptr; // a size that wraps around the address space
-    if (newTop > end) return nullptr;
+    if (newTop > reinterpret_cast<std::uintptr_t>(arena->end)) return nullptr;
 
     arena->top = reinterpret_cast<std::uint8_t*>(newTop);
     return reinterpret_cast<void*>(aligned);
 }
+
+} // namespace vyn_connector::common::detail
 
 // Takes `size` bytes at the arena's top, aligned to `alignment` (a power of two), and returns their address; they and
 // the bytes skipped for the alignment are zero. Returns null, and leaves the arena as it was, where they do not fit. It
@@ -53,7 +79,7 @@ inline void* zt_arena_claim(zt_arena* arena, std::size_t size, std::size_t align
 inline void* zt_arena_reserve(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
 {
     std::uint8_t* const top = arena->top;
-    void* const reserved = zt_arena_claim(arena, size, alignment);
+    void* const reserved = vyn_connector::common::detail::Claim(arena, size, alignment);
     // The gap included, so that no stale byte leaves the process. A top that stays may be null.
     if (arena->top != top) std::memset(top, 0, static_cast<std::size_t>(arena->top - top));
     return reserved;
@@ -61,21 +87,12 @@ inline void* zt_arena_reserve(zt_arena* arena, std::size_t size, std::size_t ali
 
 // Returns the address that `ptr` names and stores the number of its elements in `*count`; returns null, and leaves
 // `*count` as it was, where the bytes do not lie before the arena's end or are not a whole number of elements.
-// This is the one test that stands between a hostile message and memory outside its arena. Deliberately not
-// tested: the top (data behind it resolves) and the address's alignment (read elements with memcpy).
 inline void* zt_arena_resolve(const zt_arena* arena, const zt_ptr_t* ptr, std::size_t elementSize,
                               std::size_t* count) noexcept
 {
-    const auto start = reinterpret_cast<std::uintptr_t>(arena->start);
-    const auto end = reinterpret_cast<std::uintptr_t>(arena->end);
-
-    const std::uintptr_t address = start + ptr->offset;
-    if (address < start) return nullptr; // an offset that wraps back below the arena
-    const std::uintptr_t last = address + ptr->size;
-    if (last < address) return nullptr; // a size that wraps, so that the end would seem to be inside
-    if (last > end) return nullptr;
-    if (address == 0) return nullptr;
-    if (elementSize > 1 && ptr->size % elementSize != 0) return nullptr; // part of an element
-    *count = ptr->size / elementSize;
+    const vyn_connector::common::detail::Bounds bounds{reinterpret_cast<std::uintptr_t>(arena->start),
+                                                       reinterpret_cast<std::uintptr_t>(arena->end)};
+    const std::uintptr_t address = vyn_connector::common::detail::Resolve(bounds, *ptr, elementSize);
+    if (address != 0) *count = ptr->size / elementSize;
     return reinterpret_cast<void*>(address);
 }

@@ -1,51 +1,51 @@
 // Lists: wire elements stored back to back, the first aligned, with no count and no terminator. What the elements
-// refer to follows the array, element 0's first. Every list member of a record goes through here. Null arguments
-// raise mur::InvalidArgumentException, which names the line of the check.
+// refer to follows the array, element 0's first. Errors: see detail/codec.h.
 #pragma once
 
-#include <common/zt_codec.h>
+#include <common/detail/codec.h>
 
 #include <vector>
 
 namespace vyn_connector::common {
 
-// Writes the values, at most MaxCount, each as `convert(const Domain&, zt_arena*)` returns it. Throws
-// std::length_error before anything is reserved, mur::ResultCodeException (out of space). An empty list still
-// moves the top up to the alignment of an element.
+// Writes the values, at most MaxCount, each as `convert(const Domain&, zt_arena*)` returns it. An empty list still
+// moves the top up to the alignment of an element. Where `convert` throws, the elements from that one on stay zero.
 template <std::uint64_t MaxCount, typename Wire, typename Domain, typename Convert>
 void VectorToZt(const std::vector<Domain>& values, zt_ptr_t* out, zt_arena* arena, Convert convert)
 {
-    if (arena == nullptr) mur::raise_invalid_argument(source::zt_vector, __LINE__);
-    if (out == nullptr) mur::raise_invalid_argument(source::zt_vector, __LINE__);
-    if (values.size() > MaxCount) RaiseTooLarge("zt vector: vector size larger than zt buffer");
+    using detail::codec::vector;
+    detail::RequireArgument(arena != nullptr, vector.file, vector.writing.arena);
+    detail::RequireArgument(out != nullptr, vector.file, vector.writing.output);
+    if (values.size() > MaxCount) detail::RaiseTooLarge(vector.tooLarge);
 
     // The whole array at once, before any element converts: it stays contiguous and in place.
-    std::uint8_t* const array = PlaceElements<Wire>(out, arena, values.size());
-    for (std::size_t i = 0; i < values.size(); ++i)
-        StoreElement<Wire>(array, i, convert(values[i], arena));
+    std::uint8_t* element = detail::PlaceElements<Wire>(out, arena, values.size());
+    for (const Domain& value : values) {
+        detail::Store<Wire>(element, convert(value, arena));
+        element += sizeof(Wire);
+    }
 }
 
-// Returns every element as `convert(const Wire&, const zt_arena*)` makes it.
+// Returns every element as `convert(const Wire&, const zt_arena*)` makes it. The writer's maximum does not bind here.
 //
-// Throws std::out_of_range where the array does not lie inside the arena or its size is no whole number of elements.
-//
-// The writer's maximum does not bind here. What a hostile size can make this allocate is bounded by the arena: the
-// count is taken from bytes that are there, and the values are allocated once.
-//
-// What `convert` throws passes through, and the part of the list that was built by then is destroyed first.
+// The array is allocated once, for as many elements as its bytes in the arena hold. What the elements allocate is not
+// bounded like that: any number of them may point to the same bytes.
 template <typename Wire, typename Domain, typename Convert>
 std::vector<Domain> ZtToVector(const zt_ptr_t* ptr, const zt_arena* arena, Convert convert)
 {
-    if (arena == nullptr) mur::raise_invalid_argument(source::zt_vector, __LINE__);
-    if (ptr == nullptr) mur::raise_invalid_argument(source::zt_vector, __LINE__);
+    using detail::codec::vector;
+    detail::RequireArgument(arena != nullptr, vector.file, vector.reading.arena);
+    detail::RequireArgument(ptr != nullptr, vector.file, vector.reading.pointer);
 
     std::size_t count = 0;
     const void* const array = zt_arena_resolve(arena, ptr, sizeof(Wire), &count);
-    if (array == nullptr)
-        RaiseOutside("zt vector: zt_arena does not contain an element with the address {}", ptr->offset);
+    if (array == nullptr) detail::RaiseOutside(vector.outside, ptr->offset);
+    const auto* element = static_cast<const std::uint8_t*>(array);
     std::vector<Domain> values(count);
-    for (std::size_t i = 0; i < count; ++i)
-        values[i] = convert(LoadElement<Wire>(array, i), arena);
+    for (Domain& value : values) {
+        value = convert(detail::Load<Wire>(element), arena);
+        element += sizeof(Wire);
+    }
     return values;
 }
 

@@ -1,0 +1,256 @@
+// The kinds of an event's fields. Its strings are placed without zeroing their room, an empty one owns a byte, each has
+// a cap, and they are read against the arena's top and not its end. A reader and a writer built to these rules agree on
+// every edge. A field that fails clears the status; nothing is thrown, and the fields behind it go on. Each kind can say
+// afterwards in words what failed, with ": " or an index before it; a field without a fault is said to be "".
+#pragma once
+
+#include <common/detail/put.h>
+#include <common/kind/in_place.h>
+
+#include <algorithm>
+#include <string>
+
+namespace lyr::ipc::arena::conv {
+
+// The conversions store Failed and nothing else: set it to Ok first, carry it through as many conversions as you like,
+// and it says afterwards whether all of them succeeded.
+enum class Status : std::uint8_t { Failed = 0, Ok = 1 };
+
+} // namespace lyr::ipc::arena::conv
+
+namespace vyn_connector::common::detail {
+
+using lyr::ipc::arena::conv::Status;
+
+// The pointer of a string that could not be placed.
+inline constexpr zt_ptr_t unplaced{0xFFFFFFFF, 0xFFFFFFFF};
+
+inline zt_ptr_t PlaceEventText(const std::string& text, std::size_t cap, zt_arena& arena, Status& status) noexcept
+{
+    const auto start = reinterpret_cast<std::uintptr_t>(arena.start);
+    const auto top = reinterpret_cast<std::uintptr_t>(arena.top);
+    const auto end = reinterpret_cast<std::uintptr_t>(arena.end);
+
+    const auto length = static_cast<std::uint32_t>(text.size());
+    const auto offset = static_cast<std::uint32_t>(top - start);
+    const std::uintptr_t target = start + offset;
+    const std::uint32_t need = length == 0 ? 1 : length;
+    const std::uintptr_t limit = end - top > cap ? top + cap : end;
+    if (need > limit - target) { // target + need > limit, where the sum might wrap
+        status = Status::Failed;
+        return unplaced;
+    }
+
+    if (length > 0 && target != 0) CopyBytes(reinterpret_cast<std::uint8_t*>(target), text.data(), length);
+    if (offset == unplaced.offset || length == unplaced.size)
+        status = Status::Failed;
+    else
+        arena.top = reinterpret_cast<std::uint8_t*>(target + need);
+    return {offset, length};
+}
+
+// Whether the pointer lies in the used part of the arena.
+inline bool IsInUsedPart(zt_ptr_t pointer, const zt_arena& arena) noexcept
+{
+    const auto start = reinterpret_cast<std::uintptr_t>(arena.start);
+    const auto used = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(arena.top) - start);
+    return pointer.offset < used && pointer.size <= used - pointer.offset && start + pointer.offset != 0;
+}
+
+inline void FetchEventText(zt_ptr_t pointer, std::string& text, const zt_arena& arena, Status& status)
+{
+    if (IsInUsedPart(pointer, arena))
+        text.assign(reinterpret_cast<const char*>(arena.start) + pointer.offset, pointer.size);
+    else
+        status = Status::Failed;
+}
+
+constexpr std::size_t EventTextSize(std::size_t size, std::size_t limit)
+{
+    return size > limit ? 0 : std::max<std::size_t>(size, 1);
+}
+
+} // namespace vyn_connector::common::detail
+
+namespace vyn_connector::common::kind {
+
+template <std::size_t MaxBytes>
+struct EventText {
+    static constexpr std::size_t limit = MaxBytes;
+
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        static_assert(std::is_same_v<Domain, std::string> && std::is_same_v<Wire, zt_ptr_t>,
+                      "an EventText joins a std::string and a zt_ptr_t");
+        return true;
+    }
+
+    template <typename Wire>
+    static void Write(const std::string& value, std::uint8_t* wire, zt_arena& arena, detail::Status& status)
+    {
+        detail::Store(wire, detail::PlaceEventText(value, MaxBytes, arena, status));
+    }
+    template <typename Wire>
+    static void Read(const std::uint8_t* wire, std::string& value, const zt_arena& arena, detail::Status& status)
+    {
+        detail::FetchEventText(detail::Load<zt_ptr_t>(wire), value, arena, status);
+    }
+
+    static std::string FaultOnWriting(const std::string& value)
+    {
+        if (value.size() <= MaxBytes) return {};
+        return ": " + std::to_string(value.size()) + " bytes, at most " + std::to_string(MaxBytes);
+    }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        if (detail::IsInUsedPart(pointer, arena)) return {};
+        return ": zt_arena does not contain an element with the address " + std::to_string(pointer.offset);
+    }
+
+    static std::uintptr_t After(const std::string& value, std::uintptr_t at)
+    {
+        return at + detail::EventTextSize(value.size(), MaxBytes);
+    }
+    template <typename Domain>
+    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
+    {
+        return at + MaxBytes;
+    }
+};
+
+// A fixed array of strings.
+template <std::size_t Count, std::size_t MaxBytes>
+struct EventTexts {
+    static constexpr std::size_t limit = MaxBytes;
+    using Text = EventText<MaxBytes>;
+
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        static_assert(std::is_same_v<Domain, std::array<std::string, Count>> && std::is_same_v<Wire, zt_ptr_t[Count]>,
+                      "an EventTexts joins a std::array of strings and an array of zt_ptr_t");
+        return true;
+    }
+
+    template <typename Wire, typename Domain>
+    static void Write(const Domain& values, std::uint8_t* wire, zt_arena& arena, detail::Status& status)
+    {
+        for (const std::string& value : values) {
+            Text::template Write<zt_ptr_t>(value, wire, arena, status);
+            wire += sizeof(zt_ptr_t);
+        }
+    }
+    template <typename Wire, typename Domain>
+    static void Read(const std::uint8_t* wire, Domain& values, const zt_arena& arena, detail::Status& status)
+    {
+        for (std::string& value : values) {
+            Text::template Read<zt_ptr_t>(wire, value, arena, status);
+            wire += sizeof(zt_ptr_t);
+        }
+    }
+
+    template <typename Domain>
+    static std::string FaultOnWriting(const Domain& values)
+    {
+        for (std::size_t i = 0; i < Count; ++i) {
+            const std::string fault = Text::FaultOnWriting(values[i]);
+            if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
+        }
+        return {};
+    }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
+    {
+        for (std::size_t i = 0; i < Count; ++i) {
+            const std::string fault = Text::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
+            if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
+        }
+        return {};
+    }
+
+    template <typename Domain>
+    static std::uintptr_t After(const Domain& values, std::uintptr_t at)
+    {
+        for (const std::string& value : values)
+            at = Text::After(value, at);
+        return at;
+    }
+    template <typename Domain>
+    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
+    {
+        return at + Count * MaxBytes;
+    }
+};
+
+// A number as in every record, which cannot fail.
+struct EventNumber : Number {
+    template <typename Wire, typename Domain>
+    static void Write(const Domain& value, std::uint8_t* wire, zt_arena&, detail::Status&)
+    {
+        StoreAs<Wire>(value, wire);
+    }
+    template <typename Wire, typename Domain>
+    static void Read(const std::uint8_t* wire, Domain& value, const zt_arena&, detail::Status&)
+    {
+        value = LoadAs<Domain, Wire>(wire);
+    }
+
+    template <typename Domain>
+    static std::string FaultOnWriting(const Domain&)
+    {
+        return {};
+    }
+    static std::string FaultOnReading(const std::uint8_t*, const zt_arena&) { return {}; }
+};
+
+// Written unchecked. On reading, a value that no severity has clears the status and is kept all the same.
+struct EventSeverity {
+    static constexpr std::uint32_t highest = 3;
+
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        static_assert(std::is_same_v<std::underlying_type_t<Domain>, std::int32_t> &&
+                          std::is_same_v<Wire, std::uint32_t>,
+                      "an EventSeverity joins the severity and a std::uint32_t");
+        return true;
+    }
+
+    template <typename Wire, typename Domain>
+    static void Write(const Domain& value, std::uint8_t* wire, zt_arena&, detail::Status&)
+    {
+        detail::Store(wire, static_cast<Wire>(value));
+    }
+    template <typename Wire, typename Domain>
+    static void Read(const std::uint8_t* wire, Domain& value, const zt_arena&, detail::Status& status)
+    {
+        static_assert(static_cast<Wire>(Domain::Severity3) == highest);
+        value = static_cast<Domain>(detail::Load<Wire>(wire));
+        if (static_cast<Wire>(value) > highest) status = detail::Status::Failed;
+    }
+
+    template <typename Domain>
+    static std::string FaultOnWriting(const Domain&)
+    {
+        return {};
+    }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena&)
+    {
+        const auto value = detail::Load<std::uint32_t>(wire);
+        return value <= highest ? "" : ": " + std::to_string(value) + " is greater than " + std::to_string(highest);
+    }
+
+    template <typename Domain>
+    static constexpr std::uintptr_t After(const Domain&, std::uintptr_t at)
+    {
+        return at;
+    }
+    template <typename Domain>
+    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
+    {
+        return at;
+    }
+};
+
+} // namespace vyn_connector::common::kind

@@ -1,0 +1,49 @@
+// The kind of a described record inside another, by value.
+#pragma once
+
+#include <common/detail/derived.h>
+
+namespace vyn_connector::common::kind {
+
+struct Nested {
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        static_assert(isDescribed<Domain>, "what is Nested is a described record");
+        if constexpr (isDescribed<Domain>)
+            static_assert(std::is_same_v<WireOf<Domain>, Wire>, "a Nested joins a record and its own wire structure");
+        return true;
+    }
+    template <typename Value>
+    using Element = WireOf<Value>;
+
+    template <typename Wire, typename Domain>
+    static void Write(const Domain& value, std::uint8_t* wire, zt_arena* arena)
+    {
+        detail::WriteRecord<Domain>(value, wire, arena);
+    }
+    template <typename Wire, typename Domain>
+    [[gnu::always_inline]] static std::size_t Put(const Domain& value, std::uint8_t* wire, std::size_t at,
+                                                  detail::Room room)
+    {
+        return detail::PutRecord<Domain>(value, wire, at, room);
+    }
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, detail::Bounds arena)
+    {
+        return detail::ReadRecord<Domain>(wire, arena);
+    }
+
+    template <typename Domain>
+    static std::uintptr_t After(const Domain& value, std::uintptr_t at)
+    {
+        return detail::AfterRecord<Domain>(value, at);
+    }
+    template <typename Domain>
+    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
+    {
+        return detail::MostAfterRecord<Domain>(at);
+    }
+};
+
+} // namespace vyn_connector::common::kind

@@ -1,0 +1,81 @@
+// The kind of a vector of described records that is written from two iterators into it: the update identifiers.
+#pragma once
+
+#include <common/kind/list.h>
+#include <common/zt_range.h>
+
+#include <iterator>
+#include <utility>
+
+namespace vyn_connector::common::kind {
+
+template <std::int64_t MaxCount>
+struct Range {
+    static constexpr std::int64_t limit = MaxCount;
+
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        static_assert(detail::isVectorOfRecords<Domain> && std::is_same_v<Wire, zt_ptr_t>,
+                      "a Range joins a std::vector of described records and a zt_ptr_t");
+        return true;
+    }
+
+    template <typename Wire, typename Iterator>
+    static void Write(const std::pair<Iterator, Iterator>& range, std::uint8_t* wire, zt_arena* arena)
+    {
+        using Record = typename std::iterator_traits<Iterator>::value_type;
+        zt_ptr_t pointer{};
+        RangeToZt<MaxCount, WireOf<Record>>(range.first, range.second, &pointer, arena,
+                                            WriterOf<Record>{&detail::WriteElement<Record>});
+        detail::Store(wire, pointer);
+    }
+    // An empty range cannot be written either way.
+    template <typename Wire, typename Iterator>
+    [[gnu::always_inline]] static std::size_t Put(const std::pair<Iterator, Iterator>& range, std::uint8_t* wire,
+                                                  std::size_t at, detail::Room room)
+    {
+        using Record = typename std::iterator_traits<Iterator>::value_type;
+        const std::int64_t count = range.second - range.first;
+        if (count <= 0 || count > MaxCount) return detail::refused;
+        return detail::PutElements<WireOf<Record>>(range.first, static_cast<std::size_t>(count), wire, at, room,
+                                                   detail::PutElement<Record>(room));
+    }
+    // The capacity is reserved from the byte count, sixteen times what the elements need, and before any test: what a
+    // caller sees of a huge size is std::bad_alloc and not a result code. Both are kept as they are.
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, detail::Bounds arena)
+    {
+        using Record = typename Domain::value_type;
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        Domain values;
+        if (pointer.size != 0) values.reserve(pointer.size);
+        const std::uint8_t* element = detail::Get(detail::codec::range, pointer, arena, sizeof(WireOf<Record>));
+        for (const std::uint8_t* const end = element + pointer.size; element != end; element += sizeof(WireOf<Record>))
+            values.push_back(detail::ReadRecord<Record>(element, arena));
+        return values;
+    }
+
+    template <typename Iterator>
+    static std::uintptr_t After(const std::pair<Iterator, Iterator>& range, std::uintptr_t at)
+    {
+        using Record = typename std::iterator_traits<Iterator>::value_type;
+        at = detail::AlignUp(at, alignof(WireOf<Record>));
+        at += static_cast<std::uintptr_t>(range.second - range.first) * sizeof(WireOf<Record>);
+        for (Iterator value = range.first; value != range.second; ++value)
+            at = detail::AfterRecord<Record>(*value, at);
+        return at;
+    }
+    template <typename Record>
+    static std::uintptr_t After(const std::vector<Record>& values, std::uintptr_t at)
+    {
+        return After(std::pair(values.begin(), values.end()), at);
+    }
+    template <typename Domain>
+    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
+    {
+        return List<static_cast<std::uint64_t>(MaxCount)>::template MostAfter<Domain>(at);
+    }
+};
+
+} // namespace vyn_connector::common::kind

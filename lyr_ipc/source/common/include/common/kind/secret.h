@@ -1,0 +1,22 @@
+// The kind of a field that is not to be shown, a password above all: the same bytes, and a mark for whatever prints.
+#pragma once
+
+#include <type_traits>
+
+namespace vyn_connector::common::kind {
+
+template <typename Kind>
+struct Secret : Kind {
+    static constexpr bool secret = true;
+};
+
+} // namespace vyn_connector::common::kind
+
+namespace vyn_connector::common {
+
+template <typename Kind, typename = void>
+inline constexpr bool isSecret = false;
+template <typename Kind>
+inline constexpr bool isSecret<Kind, std::void_t<decltype(Kind::secret)>> = true;
+
+} // namespace vyn_connector::common
