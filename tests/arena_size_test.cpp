@@ -44,7 +44,6 @@ struct tq_vyn_connector_VynTypes_Alternatings {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Odd, Odd, 8, 4,
     VYN_FIELD(0, 8, text, Text<3>));
 VYN_RECORD(Odds, Odds, 8, 4,
@@ -54,7 +53,6 @@ VYN_RECORD(Alternating, Alternating, 16, 4,
     VYN_FIELD(8, 8, slot, Optional<Text<128>>));
 VYN_RECORD(Alternatings, Alternatings, 8, 4,
     VYN_FIELD(0, 8, items, List<1001>));
-// clang-format on
 
 } // namespace vyn_connector::common
 

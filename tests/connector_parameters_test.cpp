@@ -267,8 +267,8 @@ TEST(VynParams, RefuseTheNameOfALaterParameterWhenTheEarlierHaveBeenPlaced)
     EXPECT_EQ(arena.Used(), Bytes("30 00*3 01 00*3 31 00*3 03 00*3  00*32  'a' 01 02 03 'empty'"));
 }
 
-// A list that says it has `count` elements. There is no memory behind them, so nothing but its size may be asked for, and
-// it is never destroyed; that many elements would take a hundred gigabytes.
+// A list that says it has `count` elements. There is no memory behind them, so nothing but its size may be asked for,
+// and it is never destroyed; that many elements would take a hundred gigabytes.
 class ListOfSize {
 public:
     explicit ListOfSize(std::size_t count)
