@@ -15,7 +15,6 @@ namespace {
 using vyn_connector::common::RangeToZt;
 using vyn_connector::common::ZtToRange;
 
-constexpr const char* source = "lyr_ipc/source/common/include/common/zt_range";
 constexpr zt_ptr_t untouched{0xDEADBEEF, 0xFEEDF00D};
 
 // Sixteen bytes without alignment, as update identifiers travel.
@@ -231,11 +230,11 @@ TEST(RangeWriter, RefusesTheNullArenaFirst)
 {
     zt_ptr_t out = untouched;
 
-    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, &out, nullptr); }, source, 20);
-    ExpectInvalidArgument([&] { WriteIdentifiers({}, &out, nullptr); }, source, 20);
-    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, nullptr, nullptr); }, source, 20);
-    ExpectInvalidArgument([&] { WriteIdentifiers({}, nullptr, nullptr); }, source, 20);
-    ExpectInvalidArgument([&] { WriteIdentifiers(std::vector<Identifier>(11), &out, nullptr); }, source, 20);
+    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, &out, nullptr); }, rangeCodec, 20);
+    ExpectInvalidArgument([&] { WriteIdentifiers({}, &out, nullptr); }, rangeCodec, 20);
+    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, nullptr, nullptr); }, rangeCodec, 20);
+    ExpectInvalidArgument([&] { WriteIdentifiers({}, nullptr, nullptr); }, rangeCodec, 20);
+    ExpectInvalidArgument([&] { WriteIdentifiers(std::vector<Identifier>(11), &out, nullptr); }, rangeCodec, 20);
     EXPECT_EQ(out, untouched);
 }
 
@@ -244,8 +243,8 @@ TEST(RangeWriter, RefusesAnEmptyRangeSecond)
     TestArena arena(40);
     zt_ptr_t out = untouched;
 
-    ExpectInvalidArgument([&] { WriteIdentifiers({}, &out, arena.Get()); }, source, 21);
-    ExpectInvalidArgument([&] { WriteIdentifiers({}, nullptr, arena.Get()); }, source, 21);
+    ExpectInvalidArgument([&] { WriteIdentifiers({}, &out, arena.Get()); }, rangeCodec, 21);
+    ExpectInvalidArgument([&] { WriteIdentifiers({}, nullptr, arena.Get()); }, rangeCodec, 21);
     EXPECT_EQ(out, untouched);
     EXPECT_EQ(arena.Top(), 0u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*40"));
@@ -260,8 +259,8 @@ TEST(RangeWriter, RefusesAReversedRangeSecond)
         RangeToZt<10, IdentifierWire>(values.end(), values.begin(), destination, arena.Get(), &IdentifierToWire);
     };
 
-    ExpectInvalidArgument([&] { write(&out); }, source, 21);
-    ExpectInvalidArgument([&] { write(nullptr); }, source, 21);
+    ExpectInvalidArgument([&] { write(&out); }, rangeCodec, 21);
+    ExpectInvalidArgument([&] { write(nullptr); }, rangeCodec, 21);
     EXPECT_EQ(arena.Top(), 0u);
 }
 
@@ -269,8 +268,8 @@ TEST(RangeWriter, RefusesTheNullDestinationThird)
 {
     TestArena arena(40);
 
-    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, nullptr, arena.Get()); }, source, 22);
-    ExpectInvalidArgument([&] { WriteIdentifiers(std::vector<Identifier>(11), nullptr, arena.Get()); }, source, 22);
+    ExpectInvalidArgument([&] { WriteIdentifiers({Filled(1)}, nullptr, arena.Get()); }, rangeCodec, 22);
+    ExpectInvalidArgument([&] { WriteIdentifiers(std::vector<Identifier>(11), nullptr, arena.Get()); }, rangeCodec, 22);
     EXPECT_EQ(arena.Top(), 0u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*40"));
 }
@@ -571,8 +570,8 @@ TEST(RangeReader, RefusesTheNullArenaFirst)
         ZtToRange<SmallWire, Small>(given, std::back_inserter(values), nullptr, &SmallFromWire);
     };
 
-    ExpectInvalidArgument([&] { read(&pointer); }, source, 49);
-    ExpectInvalidArgument([&] { read(nullptr); }, source, 49);
+    ExpectInvalidArgument([&] { read(&pointer); }, rangeCodec, 49);
+    ExpectInvalidArgument([&] { read(nullptr); }, rangeCodec, 49);
 }
 
 TEST(RangeReader, RefusesTheNullPointerSecond)
@@ -581,8 +580,8 @@ TEST(RangeReader, RefusesTheNullPointerSecond)
     std::vector<Small> values;
 
     ExpectInvalidArgument(
-        [&] { ZtToRange<SmallWire, Small>(nullptr, std::back_inserter(values), arena.Get(), &SmallFromWire); }, source,
-        50);
+        [&] { ZtToRange<SmallWire, Small>(nullptr, std::back_inserter(values), arena.Get(), &SmallFromWire); },
+        rangeCodec, 50);
 }
 
 TEST(RangeReader, KeepsWhatWasAppendedBeforeTheConverterThrew)

@@ -15,8 +15,6 @@ using vyn_connector::common::CastToZt;
 using vyn_connector::common::VectorToZt;
 using vyn_connector::common::ZtToVector;
 
-constexpr const char* source = "lyr_ipc/source/common/include/common/zt_vector";
-constexpr const char* tooLarge = "zt vector: vector size larger than zt buffer";
 constexpr zt_ptr_t untouched{0xDEADBEEF, 0xFEEDF00D};
 
 using ReadString = std::string (*)(const zt_ptr_t&, const zt_arena*);
@@ -170,8 +168,8 @@ TEST(VectorWriter, RefusesOneElementMoreBeforeAnythingIsReserved)
     TestArena arena(64, 0, 1);
     zt_ptr_t out = untouched;
 
-    ExpectLengthError([&] { WriteSmall<3>(std::vector<Small>(4), &out, arena.Get()); }, tooLarge);
-    ExpectLengthError([&] { WriteSmall<0>(std::vector<Small>(1), &out, arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { WriteSmall<3>(std::vector<Small>(4), &out, arena.Get()); }, vectorCodec);
+    ExpectOverLimit([&] { WriteSmall<0>(std::vector<Small>(1), &out, arena.Get()); }, vectorCodec);
 
     EXPECT_EQ(out, untouched);
     EXPECT_EQ(arena.Top(), 1u);
@@ -191,9 +189,9 @@ TEST(VectorWriter, HoldsTheLimitsOfTheRecords)
     EXPECT_EQ(out, (zt_ptr_t{180, 384}));
     WriteSmall<2147483647>(std::vector<Small>(3), &out, arena.Get());
     EXPECT_EQ(out, (zt_ptr_t{564, 36}));
-    ExpectLengthError([&] { WriteSmall<5>(std::vector<Small>(6), &out, arena.Get()); }, tooLarge);
-    ExpectLengthError([&] { WriteSmall<10>(std::vector<Small>(11), &out, arena.Get()); }, tooLarge);
-    ExpectLengthError([&] { WriteSmall<32>(std::vector<Small>(33), &out, arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { WriteSmall<5>(std::vector<Small>(6), &out, arena.Get()); }, vectorCodec);
+    ExpectOverLimit([&] { WriteSmall<10>(std::vector<Small>(11), &out, arena.Get()); }, vectorCodec);
+    ExpectOverLimit([&] { WriteSmall<32>(std::vector<Small>(33), &out, arena.Get()); }, vectorCodec);
     EXPECT_EQ(arena.Top(), 600u);
 }
 
@@ -201,9 +199,9 @@ TEST(VectorWriter, RefusesTheNullArenaFirst)
 {
     zt_ptr_t out = untouched;
 
-    ExpectInvalidArgument([&] { WriteSmall({}, &out, nullptr); }, source, 18);
-    ExpectInvalidArgument([&] { WriteSmall({}, nullptr, nullptr); }, source, 18);
-    ExpectInvalidArgument([&] { WriteSmall<1>(std::vector<Small>(2), &out, nullptr); }, source, 18);
+    ExpectInvalidArgument([&] { WriteSmall({}, &out, nullptr); }, vectorCodec, 18);
+    ExpectInvalidArgument([&] { WriteSmall({}, nullptr, nullptr); }, vectorCodec, 18);
+    ExpectInvalidArgument([&] { WriteSmall<1>(std::vector<Small>(2), &out, nullptr); }, vectorCodec, 18);
     EXPECT_EQ(out, untouched);
 }
 
@@ -211,8 +209,8 @@ TEST(VectorWriter, RefusesTheNullDestinationSecond)
 {
     TestArena arena(8);
 
-    ExpectInvalidArgument([&] { WriteSmall({}, nullptr, arena.Get()); }, source, 19);
-    ExpectInvalidArgument([&] { WriteSmall<1>(std::vector<Small>(2), nullptr, arena.Get()); }, source, 19);
+    ExpectInvalidArgument([&] { WriteSmall({}, nullptr, arena.Get()); }, vectorCodec, 19);
+    ExpectInvalidArgument([&] { WriteSmall<1>(std::vector<Small>(2), nullptr, arena.Get()); }, vectorCodec, 19);
     EXPECT_EQ(arena.Top(), 0u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*8"));
 }
@@ -222,7 +220,7 @@ TEST(VectorWriter, ChecksTheCountBeforeTheRoom)
     TestArena arena(8);
     zt_ptr_t out = untouched;
 
-    ExpectLengthError([&] { WriteSmall<1>(std::vector<Small>(2), &out, arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { WriteSmall<1>(std::vector<Small>(2), &out, arena.Get()); }, vectorCodec);
     ExpectOutOfSpace([&] { WriteSmall<2>(std::vector<Small>(2), &out, arena.Get()); });
 }
 
@@ -285,12 +283,12 @@ TEST(VectorWriter, PassesOnWhatAnElementRaises)
     TestArena arena(300);
     zt_ptr_t out = untouched;
 
-    ExpectLengthError(
+    ExpectOverLimit(
         [&] {
             VectorToZt<32, zt_ptr_t, std::string, WriteString>({"a", std::string(129, 'x'), "b"}, &out, arena.Get(),
                                                                &CastToZt);
         },
-        "zt string: string size larger than zt buffer");
+        stringCodec);
 
     EXPECT_EQ(out, (zt_ptr_t{0, 24}));
     EXPECT_EQ(arena.Top(), 25u);
@@ -365,53 +363,47 @@ TEST(VectorReader, ReadsBehindTheTop)
 
 TEST(VectorReader, RefusesWhatEndsBehindTheArena)
 {
-    const std::string text = "zt vector: zt_arena does not contain an element with the address ";
     const TestArena arena(24);
 
     EXPECT_EQ(ReadSmall({12, 12}, arena.Get()).size(), 1u);
-    ExpectOutOfRange([&] { ReadSmall({13, 12}, arena.Get()); }, text + "13");
-    ExpectOutOfRange([&] { ReadSmall({0, 36}, arena.Get()); }, text + "0");
-    ExpectOutOfRange([&] { ReadSmall({25, 0}, arena.Get()); }, text + "25");
-    ExpectOutOfRange([&] { ReadSmall({4294967295, 12}, arena.Get()); }, text + "4294967295");
-    ExpectOutOfRange([&] { ReadSmall({1, 4294967292}, arena.Get()); }, text + "1");
+    ExpectOutside([&] { ReadSmall({13, 12}, arena.Get()); }, vectorCodec, 13);
+    ExpectOutside([&] { ReadSmall({0, 36}, arena.Get()); }, vectorCodec, 0);
+    ExpectOutside([&] { ReadSmall({25, 0}, arena.Get()); }, vectorCodec, 25);
+    ExpectOutside([&] { ReadSmall({4294967295, 12}, arena.Get()); }, vectorCodec, 4294967295);
+    ExpectOutside([&] { ReadSmall({1, 4294967292}, arena.Get()); }, vectorCodec, 1);
 }
 
 TEST(VectorReader, RefusesPartOfAnElement)
 {
-    const std::string text = "zt vector: zt_arena does not contain an element with the address ";
     const TestArena arena(64);
     const zt_ptr_t twenty{7, 20};
 
-    ExpectOutOfRange([&] { ReadSmall({2, 11}, arena.Get()); }, text + "2");
-    ExpectOutOfRange([&] { ReadSmall({2, 13}, arena.Get()); }, text + "2");
-    ExpectOutOfRange([&] { ReadSmall({2, 16}, arena.Get()); }, text + "2");
-    ExpectOutOfRange([&] { ZtToVector<LargeWire, Large>(&twenty, arena.Get(), &LargeFromWire); }, text + "7");
+    ExpectOutside([&] { ReadSmall({2, 11}, arena.Get()); }, vectorCodec, 2);
+    ExpectOutside([&] { ReadSmall({2, 13}, arena.Get()); }, vectorCodec, 2);
+    ExpectOutside([&] { ReadSmall({2, 16}, arena.Get()); }, vectorCodec, 2);
+    ExpectOutside([&] { ZtToVector<LargeWire, Large>(&twenty, arena.Get(), &LargeFromWire); }, vectorCodec, 7);
 }
 
 TEST(VectorReader, RefusesTheNullAddress)
 {
     const zt_arena arena{};
 
-    ExpectOutOfRange(
-        [&] {
-            ReadSmall({0, 0}, &arena);
-        },
-        "zt vector: zt_arena does not contain an element with the address 0");
+    ExpectOutside([&] { ReadSmall({0, 0}, &arena); }, vectorCodec, 0);
 }
 
 TEST(VectorReader, RefusesTheNullArenaFirst)
 {
     const zt_ptr_t pointer{0, 0};
 
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(&pointer, nullptr, &SmallFromWire); }, source, 39);
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, nullptr, &SmallFromWire); }, source, 39);
+    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(&pointer, nullptr, &SmallFromWire); }, vectorCodec, 39);
+    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, nullptr, &SmallFromWire); }, vectorCodec, 39);
 }
 
 TEST(VectorReader, RefusesTheNullPointerSecond)
 {
     const TestArena arena(8);
 
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, arena.Get(), &SmallFromWire); }, source, 40);
+    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, arena.Get(), &SmallFromWire); }, vectorCodec, 40);
 }
 
 // Writes down what is done with its objects.
@@ -492,8 +484,8 @@ TEST(VectorReader, PassesOnWhatAnElementRaises)
     arena.Put(0, "00*8 | 11 00*3 01 00*3");
     const zt_ptr_t pointer{0, 16};
 
-    ExpectOutOfRange([&] { ZtToVector<zt_ptr_t, std::string, ReadString>(&pointer, arena.Get(), &CastFromZt); },
-                     "zt string: zt_arena does not contain an element with the address 17");
+    ExpectOutside([&] { ZtToVector<zt_ptr_t, std::string, ReadString>(&pointer, arena.Get(), &CastFromZt); },
+                  stringCodec, 17);
 }
 
 } // namespace
