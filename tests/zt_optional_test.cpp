@@ -259,16 +259,7 @@ TEST(OptionalWriter, PassesOnWhatTheValueRaises)
 }
 
 // --- Reading ---
-
-TEST(OptionalReader, ReturnsNothingForNoBytes)
-{
-    const TestArena arena(8);
-
-    EXPECT_EQ(ReadSmall({0, 0}, arena.Get()), std::nullopt);
-    EXPECT_EQ(ReadSmall({5, 0}, arena.Get()), std::nullopt);
-    EXPECT_EQ(ReadSmall({8, 0}, arena.Get()), std::nullopt);
-    EXPECT_EQ(ReadString({0, 0}, arena.Get()), std::nullopt);
-}
+// What all readers of arrays have in common is tested in list_readers_test.cpp.
 
 TEST(OptionalReader, DoesNotCallTheConverterForNoBytes)
 {
@@ -279,14 +270,6 @@ TEST(OptionalReader, DoesNotCallTheConverterForNoBytes)
         &pointer, arena.Get(), [](const SmallWire&, const zt_arena*) -> Small { throw ConverterFailed{0}; });
 
     EXPECT_EQ(value, std::nullopt);
-}
-
-TEST(OptionalReader, ReturnsTheElement)
-{
-    TestArena arena(24);
-    arena.Put(4, "11 EE*3 25 24 23 22 32 31 EE*2");
-
-    EXPECT_EQ(ReadSmall({4, 12}, arena.Get()), std::optional<Small>({0x11, 0x22232425, 0x3132}));
 }
 
 TEST(OptionalReader, IgnoresFurtherElements)
@@ -308,20 +291,6 @@ TEST(OptionalReader, IgnoresFurtherElements)
     EXPECT_EQ(ReadSmall({0, 36}, arena.Get()), std::optional<Small>({1, 2, 3}));
 }
 
-TEST(OptionalReader, ReadsTheElementAtAnyAddress)
-{
-    for (std::size_t start = 0; start < 16; ++start)
-        for (std::uint32_t offset = 0; offset < 8; ++offset) {
-            SCOPED_TRACE(testing::Message() << "start " << start << ", offset " << offset);
-            TestArena arena(24, start);
-            arena.Put(offset, "08 07 06 05 04 03 02 01 12 11 00*6");
-            const zt_ptr_t pointer{offset, 16};
-
-            EXPECT_EQ((ZtToOptional<LargeWire, Large>(&pointer, arena.Get(), &LargeFromWire)),
-                      std::optional<Large>({0x0102030405060708, 0x1112}));
-        }
-}
-
 TEST(OptionalReader, ReadsAStringThroughTwoLevels)
 {
     TestArena arena(32, 5);
@@ -330,66 +299,6 @@ TEST(OptionalReader, ReadsAStringThroughTwoLevels)
     EXPECT_EQ(ReadString({3, 8}, arena.Get()), std::optional<std::string>("abc"));
     EXPECT_EQ(ReadString({11, 8}, arena.Get()), std::optional<std::string>("de"));
     EXPECT_EQ(ReadString({3, 16}, arena.Get()), std::optional<std::string>("abc"));
-}
-
-TEST(OptionalReader, RefusesPartOfAnElement)
-{
-    const TestArena arena(64);
-
-    ExpectOutside([&] { ReadString({7, 4}, arena.Get()); }, optionalCodec, 7);
-    ExpectOutside([&] { ReadString({7, 12}, arena.Get()); }, optionalCodec, 7);
-    ExpectOutside([&] { ReadSmall({9, 11}, arena.Get()); }, optionalCodec, 9);
-    ExpectOutside([&] { ReadSmall({9, 13}, arena.Get()); }, optionalCodec, 9);
-    ExpectOutside([&] { ReadSmall({9, 20}, arena.Get()); }, optionalCodec, 9);
-}
-
-TEST(OptionalReader, RefusesWhatEndsBehindTheArena)
-{
-    const TestArena arena(24);
-
-    EXPECT_TRUE(ReadSmall({12, 12}, arena.Get()).has_value());
-    ExpectOutside([&] { ReadSmall({13, 12}, arena.Get()); }, optionalCodec, 13);
-    ExpectOutside([&] { ReadSmall({0, 36}, arena.Get()); }, optionalCodec, 0);
-    ExpectOutside([&] { ReadSmall({4294967295, 12}, arena.Get()); }, optionalCodec, 4294967295);
-    ExpectOutside([&] { ReadSmall({1, 4294967292}, arena.Get()); }, optionalCodec, 1);
-}
-
-TEST(OptionalReader, RefusesAnAbsentValueWhoseOffsetLiesBehindTheArena)
-{
-    const TestArena arena(24);
-
-    EXPECT_EQ(ReadSmall({24, 0}, arena.Get()), std::nullopt);
-    ExpectOutside([&] { ReadSmall({25, 0}, arena.Get()); }, optionalCodec, 25);
-    ExpectOutside([&] { ReadString({4294967295, 0}, arena.Get()); }, optionalCodec, 4294967295);
-}
-
-TEST(OptionalReader, RefusesTheNullAddress)
-{
-    const zt_arena arena{};
-
-    ExpectOutside([&] { ReadSmall({0, 0}, &arena); }, optionalCodec, 0);
-    ExpectOutside([&] { ReadString({0, 0}, &arena); }, optionalCodec, 0);
-}
-
-TEST(OptionalReader, RefusesTheNullArenaFirst)
-{
-    const zt_ptr_t pointer{0, 0};
-
-    ExpectInvalidArgument([&] { ReadSmall(pointer, nullptr); }, optionalCodec, 39);
-    ExpectInvalidArgument([&] { ReadString(pointer, nullptr); }, optionalCodec, 39);
-    ExpectInvalidArgument([&] { ZtToOptional<SmallWire, Small>(nullptr, nullptr, &SmallFromWire); }, optionalCodec, 39);
-    ExpectInvalidArgument([&] { ZtToOptional<zt_ptr_t, std::string, ReadText>(nullptr, nullptr, &CastFromZt); },
-                          optionalCodec, 39);
-}
-
-TEST(OptionalReader, RefusesTheNullPointerSecond)
-{
-    const TestArena arena(8);
-
-    ExpectInvalidArgument([&] { ZtToOptional<SmallWire, Small>(nullptr, arena.Get(), &SmallFromWire); }, optionalCodec,
-                          40);
-    ExpectInvalidArgument([&] { ZtToOptional<zt_ptr_t, std::string, ReadText>(nullptr, arena.Get(), &CastFromZt); },
-                          optionalCodec, 40);
 }
 
 TEST(OptionalReader, CopiesNothing)
@@ -403,19 +312,6 @@ TEST(OptionalReader, CopiesNothing)
 
     ASSERT_TRUE(value.has_value());
     EXPECT_EQ(**value, 7);
-}
-
-TEST(OptionalReader, PassesOnWhatTheElementRaises)
-{
-    TestArena arena(8);
-    arena.Put(0, "09 00*7");
-    const zt_ptr_t pointer{0, 8};
-
-    ExpectOutside([&] { ReadString(pointer, arena.Get()); }, stringCodec, 9);
-    EXPECT_THROW(
-        (ZtToOptional<zt_ptr_t, std::string>(
-            &pointer, arena.Get(), [](const zt_ptr_t&, const zt_arena*) -> std::string { throw ConverterFailed{0}; })),
-        ConverterFailed);
 }
 
 TEST(Optional, ComesBackAsItWasWritten)

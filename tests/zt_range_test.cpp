@@ -362,6 +362,7 @@ TEST(RangeWriter, LeavesTheElementsFromTheOneThatFailedOnZero)
 }
 
 // --- Reading ---
+// What all readers of arrays have in common is tested in list_readers_test.cpp.
 
 TEST(RangeReader, AppendsTheElementsInOrder)
 {
@@ -384,22 +385,6 @@ TEST(RangeReader, ReadsIdentifiersAtAnyOffset)
     ZtToRange<IdentifierWire, Identifier>(&pointer, std::back_inserter(values), arena.Get(), &IdentifierFromWire);
 
     EXPECT_EQ(values, (std::vector<Identifier>{Filled(0x11), Filled(0x22)}));
-}
-
-TEST(RangeReader, ReadsElementsAtAnyAddress)
-{
-    for (std::size_t start = 0; start < 16; ++start)
-        for (std::uint32_t offset = 0; offset < 8; ++offset) {
-            SCOPED_TRACE(testing::Message() << "start " << start << ", offset " << offset);
-            TestArena arena(40, start);
-            arena.Put(offset, "08 07 06 05 04 03 02 01 12 11 00*6 | 18 17 16 15 14 13 12 11 22 21 00*6");
-            const zt_ptr_t pointer{offset, 32};
-            std::vector<Large> values;
-
-            ZtToRange<LargeWire, Large>(&pointer, std::back_inserter(values), arena.Get(), &LargeFromWire);
-
-            EXPECT_EQ(values, (std::vector<Large>{{0x0102030405060708, 0x1112}, {0x1112131415161718, 0x2122}}));
-        }
 }
 
 TEST(RangeReader, WritesThroughAnyOutputIterator)
@@ -484,21 +469,6 @@ TEST(RangeReader, CallsTheConverterThatItWasGivenAndNoCopy)
     EXPECT_EQ(convert.calls, 2);
 }
 
-TEST(RangeReader, HandsTheArenaToTheConverter)
-{
-    const TestArena arena(12);
-    const zt_ptr_t pointer{0, 12};
-    std::vector<Small> values;
-
-    ZtToRange<SmallWire, Small>(&pointer, std::back_inserter(values), arena.Get(),
-                                [&](const SmallWire&, const zt_arena* given) {
-                                    EXPECT_EQ(given, arena.Get());
-                                    return Small();
-                                });
-
-    EXPECT_EQ(values.size(), 1u);
-}
-
 TEST(RangeReader, AppendsNothingForNoBytes)
 {
     const TestArena arena(8);
@@ -535,53 +505,6 @@ TEST(RangeReader, ReportsABadPointerLikeAFullArena)
     ExpectOutOfSpace([&] { ReadSmall({4294967295, 12}, values, arena.Get()); });
     ExpectOutOfSpace([&] { ReadSmall({1, 4294967292}, values, arena.Get()); });
     EXPECT_EQ(values.size(), 1u);
-}
-
-TEST(RangeReader, ReportsPartOfAnElementLikeAFullArena)
-{
-    const TestArena arena(40);
-    const zt_ptr_t twenty{0, 20};
-    std::vector<Small> small;
-    std::vector<Identifier> identifiers;
-
-    ExpectOutOfSpace([&] { ReadSmall({0, 11}, small, arena.Get()); });
-    ExpectOutOfSpace([&] { ReadSmall({0, 13}, small, arena.Get()); });
-    ExpectOutOfSpace([&] {
-        ZtToRange<IdentifierWire, Identifier>(&twenty, std::back_inserter(identifiers), arena.Get(),
-                                              &IdentifierFromWire);
-    });
-    EXPECT_TRUE(small.empty());
-    EXPECT_TRUE(identifiers.empty());
-}
-
-TEST(RangeReader, ReportsTheNullAddressLikeAFullArena)
-{
-    const zt_arena arena{};
-    std::vector<Small> values;
-
-    ExpectOutOfSpace([&] { ReadSmall({0, 0}, values, &arena); });
-}
-
-TEST(RangeReader, RefusesTheNullArenaFirst)
-{
-    std::vector<Small> values;
-    const zt_ptr_t pointer{0, 0};
-    const auto read = [&](const zt_ptr_t* given) {
-        ZtToRange<SmallWire, Small>(given, std::back_inserter(values), nullptr, &SmallFromWire);
-    };
-
-    ExpectInvalidArgument([&] { read(&pointer); }, rangeCodec, 49);
-    ExpectInvalidArgument([&] { read(nullptr); }, rangeCodec, 49);
-}
-
-TEST(RangeReader, RefusesTheNullPointerSecond)
-{
-    const TestArena arena(8);
-    std::vector<Small> values;
-
-    ExpectInvalidArgument(
-        [&] { ZtToRange<SmallWire, Small>(nullptr, std::back_inserter(values), arena.Get(), &SmallFromWire); },
-        rangeCodec, 50);
 }
 
 TEST(RangeReader, KeepsWhatWasAppendedBeforeTheConverterThrew)

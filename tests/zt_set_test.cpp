@@ -279,6 +279,7 @@ TEST(SetWriter, PassesOnWhatAStringRaises)
 }
 
 // --- Reading ---
+// What all readers of arrays have in common is tested in list_readers_test.cpp.
 
 TEST(SetReader, ReturnsTheStrings)
 {
@@ -313,18 +314,6 @@ TEST(SetReader, ConvertsTheElementsInOrder)
     EXPECT_EQ(converted, (std::vector<std::uint64_t>{5, 6, 6}));
 }
 
-TEST(SetReader, ReadsElementsAtAnyAddress)
-{
-    for (std::size_t start = 0; start < 16; ++start)
-        for (std::uint32_t offset = 0; offset < 8; ++offset) {
-            SCOPED_TRACE(testing::Message() << "start " << start << ", offset " << offset);
-            TestArena arena(40, start);
-            arena.Put(offset, "08 07 06 05 04 03 02 01 00*8 | 18 17 16 15 14 13 12 11 00*8");
-
-            EXPECT_EQ(ReadNumbers({offset, 32}, arena.Get()), (Numbers{0x0102030405060708, 0x1112131415161718}));
-        }
-}
-
 TEST(SetReader, ReservesNoCapacityInAdvance)
 {
     TestArena arena(16 * 1000);
@@ -341,15 +330,6 @@ TEST(SetReader, ReservesNoCapacityInAdvance)
     EXPECT_EQ(ReadNumbers({0, 0}, arena.Get()).bucket_count(), Numbers().bucket_count());
 }
 
-TEST(SetReader, ReturnsAnEmptySetForNoBytes)
-{
-    const TestArena arena(8);
-
-    EXPECT_TRUE(ReadStrings({0, 0}, arena.Get()).empty());
-    EXPECT_TRUE(ReadStrings({3, 0}, arena.Get()).empty());
-    EXPECT_TRUE(ReadStrings({8, 0}, arena.Get()).empty());
-}
-
 TEST(SetReader, HasNoLimit)
 {
     TestArena arena(1600, 0, 1);
@@ -360,63 +340,6 @@ TEST(SetReader, HasNoLimit)
 
     EXPECT_EQ(out, (zt_ptr_t{4, 1032}));
     EXPECT_EQ(ReadStrings(out, arena.Get()), values);
-}
-
-TEST(SetReader, RefusesPartOfAnElement)
-{
-    const TestArena arena(64);
-
-    ExpectOutside([&] { ReadStrings({7, 4}, arena.Get()); }, setCodec, 7);
-    ExpectOutside([&] { ReadStrings({7, 12}, arena.Get()); }, setCodec, 7);
-    ExpectOutside([&] { ReadStrings({7, 9}, arena.Get()); }, setCodec, 7);
-    ExpectOutside([&] { ReadNumbers({9, 24}, arena.Get()); }, setCodec, 9);
-}
-
-TEST(SetReader, RefusesWhatEndsBehindTheArena)
-{
-    TestArena arena(16);
-    arena.Put(0, "00*16");
-
-    EXPECT_EQ(ReadStrings({8, 8}, arena.Get()), (Strings{""}));
-    ExpectOutside([&] { ReadStrings({9, 8}, arena.Get()); }, setCodec, 9);
-    ExpectOutside([&] { ReadStrings({0, 24}, arena.Get()); }, setCodec, 0);
-    ExpectOutside([&] { ReadStrings({17, 0}, arena.Get()); }, setCodec, 17);
-    ExpectOutside([&] { ReadStrings({4294967295, 8}, arena.Get()); }, setCodec, 4294967295);
-    ExpectOutside([&] { ReadStrings({1, 4294967288}, arena.Get()); }, setCodec, 1);
-}
-
-TEST(SetReader, RefusesTheNullAddress)
-{
-    const zt_arena arena{};
-
-    ExpectOutside([&] { ReadStrings({0, 0}, &arena); }, setCodec, 0);
-}
-
-TEST(SetReader, RefusesTheNullArenaFirst)
-{
-    ExpectInvalidArgument([&] { ReadStrings({0, 0}, nullptr); }, setCodec, 43);
-    ExpectInvalidArgument([&] { ZtToSet<zt_ptr_t, std::string, Read>(nullptr, nullptr, &CastFromZt); }, setCodec, 43);
-}
-
-TEST(SetReader, RefusesTheNullPointerSecond)
-{
-    const TestArena arena(8);
-
-    ExpectInvalidArgument([&] { ZtToSet<zt_ptr_t, std::string, Read>(nullptr, arena.Get(), &CastFromZt); }, setCodec,
-                          44);
-}
-
-TEST(SetReader, PassesOnWhatAnElementRaises)
-{
-    TestArena arena(16);
-    arena.Put(0, "00*8 | 11 00*3 01 00*3");
-    const zt_ptr_t pointer{0, 16};
-
-    ExpectOutside([&] { ReadStrings(pointer, arena.Get()); }, stringCodec, 17);
-    EXPECT_THROW(
-        (ZtToSet<zt_ptr_t, std::string>(
-            &pointer, arena.Get(), [](const zt_ptr_t&, const zt_arena*) -> std::string { throw ConverterFailed{0}; })),
-        ConverterFailed);
 }
 
 TEST(Set, ComesBackAsItWasWritten)

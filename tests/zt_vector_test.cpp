@@ -10,25 +10,18 @@
 
 namespace {
 
-using vyn_connector::common::CastFromZt;
 using vyn_connector::common::CastToZt;
 using vyn_connector::common::VectorToZt;
 using vyn_connector::common::ZtToVector;
 
 constexpr zt_ptr_t untouched{0xDEADBEEF, 0xFEEDF00D};
 
-using ReadString = std::string (*)(const zt_ptr_t&, const zt_arena*);
 using WriteString = zt_ptr_t (*)(const std::string&, zt_arena*);
 
 template <std::uint64_t MaxCount = 32>
 void WriteSmall(const std::vector<Small>& values, zt_ptr_t* out, zt_arena* arena)
 {
     VectorToZt<MaxCount, SmallWire, Small, SmallWire (*)(const Small&, zt_arena*)>(values, out, arena, &SmallToWire);
-}
-
-std::vector<Small> ReadSmall(zt_ptr_t pointer, const zt_arena* arena)
-{
-    return ZtToVector<SmallWire, Small, Small (*)(const SmallWire&, const zt_arena*)>(&pointer, arena, &SmallFromWire);
 }
 
 // --- Writing ---
@@ -296,115 +289,7 @@ TEST(VectorWriter, PassesOnWhatAnElementRaises)
 }
 
 // --- Reading ---
-
-TEST(VectorReader, ReturnsTheElementsInOrder)
-{
-    TestArena arena(40);
-    arena.Put(4, "11 EE*3 25 24 23 22 32 31 EE*2 | 41 EE*3 55 54 53 52 62 61 EE*2");
-
-    EXPECT_EQ(ReadSmall({4, 24}, arena.Get()),
-              (std::vector<Small>{{0x11, 0x22232425, 0x3132}, {0x41, 0x52535455, 0x6162}}));
-    EXPECT_EQ(ReadSmall({4, 12}, arena.Get()), (std::vector<Small>{{0x11, 0x22232425, 0x3132}}));
-    EXPECT_EQ(ReadSmall({16, 12}, arena.Get()), (std::vector<Small>{{0x41, 0x52535455, 0x6162}}));
-}
-
-TEST(VectorReader, ReadsElementsAtAnyAddress)
-{
-    for (std::size_t start = 0; start < 16; ++start)
-        for (std::uint32_t offset = 0; offset < 8; ++offset) {
-            SCOPED_TRACE(testing::Message() << "start " << start << ", offset " << offset);
-            TestArena arena(40, start);
-            arena.Put(offset, "08 07 06 05 04 03 02 01 12 11 00*6 | 18 17 16 15 14 13 12 11 22 21 00*6");
-            const zt_ptr_t pointer{offset, 32};
-
-            EXPECT_EQ((ZtToVector<LargeWire, Large>(&pointer, arena.Get(), &LargeFromWire)),
-                      (std::vector<Large>{{0x0102030405060708, 0x1112}, {0x1112131415161718, 0x2122}}));
-        }
-}
-
-TEST(VectorReader, HandsTheArenaToTheConverter)
-{
-    TestArena arena(32);
-    arena.Put(0, "10 00*3 02 00*3 | 12 00*3 01 00*3 | 'abc'");
-    const zt_ptr_t pointer{0, 16};
-
-    EXPECT_EQ((ZtToVector<zt_ptr_t, std::string, ReadString>(&pointer, arena.Get(), &CastFromZt)),
-              (std::vector<std::string>{"ab", "c"}));
-}
-
-TEST(VectorReader, ReturnsAnEmptyListForNoBytes)
-{
-    const TestArena arena(8);
-
-    EXPECT_TRUE(ReadSmall({0, 0}, arena.Get()).empty());
-    EXPECT_TRUE(ReadSmall({3, 0}, arena.Get()).empty());
-    EXPECT_TRUE(ReadSmall({8, 0}, arena.Get()).empty());
-}
-
-TEST(VectorReader, HasNoLimit)
-{
-    TestArena arena(12 * 40);
-    arena.Put(0, "01 00*3 02 00*3 03 00*3");
-
-    const std::vector<Small> values = ReadSmall({0, 12 * 40}, arena.Get());
-
-    ASSERT_EQ(values.size(), 40u);
-    EXPECT_EQ(values[0], (Small{1, 2, 3}));
-    EXPECT_EQ(values[39], (Small{0xA5, 0xA5A5A5A5, 0xA5A5}));
-}
-
-TEST(VectorReader, ReadsBehindTheTop)
-{
-    TestArena arena(24, 0, 2);
-    arena.Put(8, "01 00*3 02 00*3 03 00*3");
-
-    EXPECT_EQ(ReadSmall({8, 12}, arena.Get()), (std::vector<Small>{{1, 2, 3}}));
-}
-
-TEST(VectorReader, RefusesWhatEndsBehindTheArena)
-{
-    const TestArena arena(24);
-
-    EXPECT_EQ(ReadSmall({12, 12}, arena.Get()).size(), 1u);
-    ExpectOutside([&] { ReadSmall({13, 12}, arena.Get()); }, vectorCodec, 13);
-    ExpectOutside([&] { ReadSmall({0, 36}, arena.Get()); }, vectorCodec, 0);
-    ExpectOutside([&] { ReadSmall({25, 0}, arena.Get()); }, vectorCodec, 25);
-    ExpectOutside([&] { ReadSmall({4294967295, 12}, arena.Get()); }, vectorCodec, 4294967295);
-    ExpectOutside([&] { ReadSmall({1, 4294967292}, arena.Get()); }, vectorCodec, 1);
-}
-
-TEST(VectorReader, RefusesPartOfAnElement)
-{
-    const TestArena arena(64);
-    const zt_ptr_t twenty{7, 20};
-
-    ExpectOutside([&] { ReadSmall({2, 11}, arena.Get()); }, vectorCodec, 2);
-    ExpectOutside([&] { ReadSmall({2, 13}, arena.Get()); }, vectorCodec, 2);
-    ExpectOutside([&] { ReadSmall({2, 16}, arena.Get()); }, vectorCodec, 2);
-    ExpectOutside([&] { ZtToVector<LargeWire, Large>(&twenty, arena.Get(), &LargeFromWire); }, vectorCodec, 7);
-}
-
-TEST(VectorReader, RefusesTheNullAddress)
-{
-    const zt_arena arena{};
-
-    ExpectOutside([&] { ReadSmall({0, 0}, &arena); }, vectorCodec, 0);
-}
-
-TEST(VectorReader, RefusesTheNullArenaFirst)
-{
-    const zt_ptr_t pointer{0, 0};
-
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(&pointer, nullptr, &SmallFromWire); }, vectorCodec, 39);
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, nullptr, &SmallFromWire); }, vectorCodec, 39);
-}
-
-TEST(VectorReader, RefusesTheNullPointerSecond)
-{
-    const TestArena arena(8);
-
-    ExpectInvalidArgument([&] { ZtToVector<SmallWire, Small>(nullptr, arena.Get(), &SmallFromWire); }, vectorCodec, 40);
-}
+// What all readers of arrays have in common is tested in list_readers_test.cpp.
 
 // Writes down what is done with its objects.
 struct Logged {
@@ -476,16 +361,6 @@ TEST(VectorReader, DestroysThePartialListAndPassesOnWhatTheConverterThrows)
 
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(Logged::destroyed, 4); // three of the list, one that was moved into it
-}
-
-TEST(VectorReader, PassesOnWhatAnElementRaises)
-{
-    TestArena arena(16);
-    arena.Put(0, "00*8 | 11 00*3 01 00*3");
-    const zt_ptr_t pointer{0, 16};
-
-    ExpectOutside([&] { ZtToVector<zt_ptr_t, std::string, ReadString>(&pointer, arena.Get(), &CastFromZt); },
-                  stringCodec, 17);
 }
 
 } // namespace
