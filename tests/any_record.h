@@ -1,5 +1,5 @@
-// Makes records of any type out of their tables: each string, blob, list and set gets the size that the caller's function
-// chooses between 0 and its limit. For properties that hold for every record.
+// Makes records of any type out of their tables: each string, blob, list and set gets the size that the caller's
+// function chooses between 0 and its limit. For properties that hold for every record.
 #pragma once
 
 #include <common/vyn_connector_common.h>

@@ -44,7 +44,6 @@ struct tq_vyn_connector_VynTypes_Alternatings {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Odd, Odd, 8, 4,
     VYN_FIELD(0, 8, text, Text<3>));
 VYN_RECORD(Odds, Odds, 8, 4,
@@ -54,7 +53,6 @@ VYN_RECORD(Alternating, Alternating, 16, 4,
     VYN_FIELD(8, 8, slot, Optional<Text<128>>));
 VYN_RECORD(Alternatings, Alternatings, 8, 4,
     VYN_FIELD(0, 8, items, List<1001>));
-// clang-format on
 
 } // namespace vyn_connector::common
 
@@ -134,66 +132,91 @@ void ExpectExactSize(const VynEvent& event, std::size_t gap)
     EXPECT_EQ(status, Status::Failed);
 }
 
-template <typename Record>
-class ArenaSizeOfRecord : public testing::Test {
-};
-
-using Records =
-    testing::Types<Credentials, ProxySettings, SslSettings, VynRequestsTimeouts, ServerConnectionParameters,
-                   VynConnectionParameters, VynConnectorSettings, VynServerData, RawVynParam, std::vector<RawVynParam>,
-                   ProductUpdCfg, ProductUpdCfgArray, ProductHsdpStatus, ProductHsdpInfo, ProductInfo, DeviceInfo,
-                   AppInfo, DynamicAppInfo, LicenseKeyInfo, LicenseInfo, FileInfoParams, FileInfo, FileChunkParams,
-                   FileChunk, ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynUpdateIdentifier,
-                   VynUpdateIdentifiers, VynSubscription, VynSubscriptions, VynSubscriptionsWithHash, VynEvent>;
-
-struct WireName {
-    template <typename Record>
-    static std::string GetName(int)
-    {
-        return Description<Record>::name;
-    }
-};
-TYPED_TEST_SUITE(ArenaSizeOfRecord, Records, WireName);
-
 // An empty range of identifiers cannot be written.
 template <typename Record>
 constexpr std::uint64_t least = std::is_same_v<Record, VynUpdateIdentifiers> ? 1 : 0;
 
-TYPED_TEST(ArenaSizeOfRecord, IsExactForRandomRecordsAtEveryTop)
+template <typename Record>
+void ExpectExactSizeOfRandomRecords()
 {
     std::mt19937 random(20);
     for (int i = 0; i < 200; ++i) {
         const ChooseSize choose = [&](std::uint64_t limit) {
             const std::uint64_t most = std::min<std::uint64_t>(limit, i % 2 == 0 ? 9 : 40);
-            return std::uniform_int_distribution<std::uint64_t>(least<TypeParam>, most)(random);
+            return std::uniform_int_distribution<std::uint64_t>(least<Record>, most)(random);
         };
-        const TypeParam record = any_record::Make<TypeParam>(choose);
+        const Record record = any_record::Make<Record>(choose);
         for (std::size_t gap = 0; gap < 8; ++gap)
             ExpectExactSize(record, gap);
     }
 }
 
-TYPED_TEST(ArenaSizeOfRecord, IsExactForTheSmallestRecordAtEveryTop)
+template <typename Record>
+void ExpectExactSizeOfTheSmallestRecord()
 {
-    const auto record = any_record::Make<TypeParam>([](std::uint64_t) { return least<TypeParam>; });
+    const auto record = any_record::Make<Record>([](std::uint64_t) { return least<Record>; });
     for (std::size_t gap = 0; gap < 8; ++gap)
         ExpectExactSize(record, gap);
 }
 
-TYPED_TEST(ArenaSizeOfRecord, ReachesTheMaximumForTheLargestRecordAndNoMore)
+template <typename Record>
+void ExpectTheMaximumForTheLargestRecord()
 {
     // 2147483647 parameters do not fit into memory; their maximum has a test of its own below.
-    if constexpr (std::is_same_v<TypeParam, std::vector<RawVynParam>>) return;
+    if constexpr (std::is_same_v<Record, std::vector<RawVynParam>>) return;
 
     // A set chooses 3 + 125, so the limit that it shows is its strings' own.
-    const auto record = any_record::Make<TypeParam>([](std::uint64_t limit) { return limit; });
+    const auto record = any_record::Make<Record>([](std::uint64_t limit) { return limit; });
     std::size_t most = 0;
     for (std::size_t gap = 0; gap < 8; ++gap) {
         ExpectExactSize(record, gap);
         most = std::max(most, ArenaSize(record, gap));
     }
-    EXPECT_EQ(most, MaxArenaSize<TypeParam>());
+    EXPECT_EQ(most, MaxArenaSize<Record>());
 }
+
+struct RecordChecks {
+    const char* name;
+    void (*random)();
+    void (*smallest)();
+    void (*largest)();
+};
+
+// Each record, by its name on the wire.
+template <typename... Records>
+std::vector<RecordChecks> ChecksOf()
+{
+    return {{Description<Records>::name, &ExpectExactSizeOfRandomRecords<Records>,
+             &ExpectExactSizeOfTheSmallestRecord<Records>, &ExpectTheMaximumForTheLargestRecord<Records>}...};
+}
+
+class ArenaSizeOf : public testing::TestWithParam<RecordChecks> {};
+
+TEST_P(ArenaSizeOf, RandomRecordsIsExactAtEveryTop)
+{
+    GetParam().random();
+}
+
+TEST_P(ArenaSizeOf, TheSmallestRecordIsExactAtEveryTop)
+{
+    GetParam().smallest();
+}
+
+TEST_P(ArenaSizeOf, TheLargestRecordIsTheMaximumAndNoMore)
+{
+    GetParam().largest();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ArenaSizeOf,
+    testing::ValuesIn(
+        ChecksOf<Credentials, ProxySettings, SslSettings, VynRequestsTimeouts, ServerConnectionParameters,
+                 VynConnectionParameters, VynConnectorSettings, VynServerData, RawVynParam, std::vector<RawVynParam>,
+                 ProductUpdCfg, ProductUpdCfgArray, ProductHsdpStatus, ProductHsdpInfo, ProductInfo, DeviceInfo,
+                 AppInfo, DynamicAppInfo, LicenseKeyInfo, LicenseInfo, FileInfoParams, FileInfo, FileChunkParams,
+                 FileChunk, ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynUpdateIdentifier,
+                 VynUpdateIdentifiers, VynSubscription, VynSubscriptions, VynSubscriptionsWithHash, VynEvent>()),
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(MaxArenaSize, IsTheSumOfTheLimitsWhereNothingIsAligned)
 {

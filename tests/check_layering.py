@@ -33,7 +33,8 @@ def main():
     }
     if CONVERSION_HEADERS not in public.values() or RUNTIME_HEADERS not in public.values():
         sys.exit(f"{root} holds no headers")
-    private = {path.name for path in files(root, "lyr_ipc/source/common/source", "runtime/source") if path.suffix == ".h"}
+    sources = files(root, "lyr_ipc/source/common/source", "runtime/source")
+    private = {path.name for path in sources if path.suffix == ".h"}
     problems = []
 
     def refuse(path, number, name, reason):
@@ -51,8 +52,8 @@ def main():
 
     for path in files(root, "tests", "examples"):
         for number, quoted, name in includes(path):
-            ownHeader = quoted and (path.parent / name).exists()
-            if not ownHeader and pathlib.PurePath(name).name in private or "source/" in name:
+            own_header = quoted and (path.parent / name).exists()
+            if not own_header and pathlib.PurePath(name).name in private or "source/" in name:
                 refuse(path, number, name, "tests and examples include public headers only")
 
     for problem in problems:

@@ -31,12 +31,6 @@ static_assert(IsDeclared<RawVynParam(const WireParam&, const zt_arena*)>(&CastFr
 static_assert(IsDeclared<WireParams(const Params&, zt_arena*)>(&CastToZt));
 static_assert(IsDeclared<Params(const WireParams&, const zt_arena*)>(&CastFromZt));
 
-constexpr const char* stringCodec = "lyr_ipc/source/common/include/common/zt_string";
-constexpr const char* blobCodec = "lyr_ipc/source/common/source/zt_blob";
-constexpr const char* vectorCodec = "lyr_ipc/source/common/include/common/zt_vector";
-constexpr const char* stringTooLarge = "zt string: string size larger than zt buffer";
-constexpr const char* blobTooLarge = "zt blob: blob size larger than zt buffer";
-
 const RawVynParam speed{{0x00, 0xFF, 0x80}, "speed"};
 const layout::Message speedMessage("[name] [value]",
                                    {{"name", layout::Text, "'speed'"}, {"value", layout::Blob, "00 FF 80"}});
@@ -149,7 +143,7 @@ TEST(RawVynParam, RefusesALongerValueWhenTheNameHasBeenPlaced)
 {
     TestArena arena(65550, 0, 1);
 
-    ExpectLengthError([&] { CastToZt(RawVynParam{Blob(65537), "n"}, arena.Get()); }, blobTooLarge);
+    ExpectOverLimit([&] { CastToZt(RawVynParam{Blob(65537), "n"}, arena.Get()); }, blobCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5 'n' A5*65548"));
     EXPECT_EQ(arena.Top(), 2u);
@@ -159,7 +153,7 @@ TEST(RawVynParam, RefusesItsNameBeforeItsValue)
 {
     TestArena arena(16);
 
-    ExpectLengthError([&] { CastToZt(RawVynParam{Blob(65537), std::string(129, 'n')}, arena.Get()); }, stringTooLarge);
+    ExpectOverLimit([&] { CastToZt(RawVynParam{Blob(65537), std::string(129, 'n')}, arena.Get()); }, stringCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*16"));
     EXPECT_EQ(arena.Top(), 0u);
@@ -263,12 +257,12 @@ TEST(VynParams, RefuseTheNameOfALaterParameterWhenTheEarlierHaveBeenPlaced)
     params[2].name = "";
     params[1].value = Blob(65537);
     TestArena arena(66000);
-    ExpectLengthError([&] { CastToZt(params, arena.Get()); }, blobTooLarge);
+    ExpectOverLimit([&] { CastToZt(params, arena.Get()); }, blobCodec);
     EXPECT_EQ(arena.Used(), Bytes("30 00*3 01 00*3 31 00*3 03 00*3  00*32  'a' 01 02 03 'empty'"));
 }
 
-// A list that says it has `count` elements. There is no memory behind them, so nothing but its size may be asked for, and
-// it is never destroyed; that many elements would take a hundred gigabytes.
+// A list that says it has `count` elements. There is no memory behind them, so nothing but its size may be asked for,
+// and it is never destroyed; that many elements would take a hundred gigabytes.
 class ListOfSize {
 public:
     explicit ListOfSize(std::size_t count)
@@ -300,7 +294,7 @@ TEST(VynParams, MayBeAsManyAsASignedThirtyTwoBitNumberCounts)
 
     // The count is accepted, and so it is the arena that cannot take them.
     ExpectOutOfSpace([&] { CastToZt(most.Get(), arena.Get()); });
-    ExpectLengthError([&] { CastToZt(tooMany.Get(), arena.Get()); }, "zt vector: vector size larger than zt buffer");
+    ExpectOverLimit([&] { CastToZt(tooMany.Get(), arena.Get()); }, vectorCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*64"));
     EXPECT_EQ(arena.Top(), 1u);

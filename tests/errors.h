@@ -1,5 +1,6 @@
 // What a call must raise, asserted whole: the exact class, the text, and for the runtime's exceptions every field.
-// A failure is reported at the line of the test that asked.
+// A failure is reported at the line of the test that asked. Where the codecs' checks stand and what their texts say is
+// written here once.
 #pragma once
 
 #include <mur/exception.h>
@@ -70,15 +71,32 @@ inline void ExpectFields(const mur::ResultCodeException& error, const char* file
 
 } // namespace errors
 
+// A codec by its name in texts, and the file that its argument checks record.
+struct Codec {
+    const char* name;
+    const char* file;
+};
+inline constexpr Codec stringCodec{"string", "lyr_ipc/source/common/include/common/zt_string"};
+inline constexpr Codec blobCodec{"blob", "lyr_ipc/source/common/source/zt_blob"};
+inline constexpr Codec vectorCodec{"vector", "lyr_ipc/source/common/include/common/zt_vector"};
+inline constexpr Codec rangeCodec{"range", "lyr_ipc/source/common/include/common/zt_range"};
+inline constexpr Codec optionalCodec{"optional", "lyr_ipc/source/common/include/common/zt_optional"};
+inline constexpr Codec setCodec{"set", "lyr_ipc/source/common/include/common/zt_set"};
+
+inline bool operator==(const Codec& a, const Codec& b)
+{
+    return std::string_view(a.name) == b.name;
+}
+
 // An argument check: it records its own file and line, and its code is that of success.
 template <typename Call>
-void ExpectInvalidArgument(Call&& call, const char* file, int line, int testLine = __builtin_LINE(),
+void ExpectInvalidArgument(Call&& call, const Codec& codec, int line, int testLine = __builtin_LINE(),
                            const char* testFile = __builtin_FILE())
 {
     const testing::ScopedTrace trace(testFile, testLine, "expected an argument error");
     errors::Expect<mur::InvalidArgumentException>(call, [&](const mur::InvalidArgumentException& error) {
         EXPECT_STREQ(error.what(), "InvalidArgumentException");
-        errors::ExpectFields(error, file, line, 0);
+        errors::ExpectFields(error, codec.file, line, 0);
         EXPECT_EQ(errors::Ascii(error.Text()), "0x00000000 (No error)");
     });
 }
@@ -117,6 +135,31 @@ void ExpectOutOfRange(Call&& call, std::string_view text, int testLine = __built
 {
     const testing::ScopedTrace trace(testFile, testLine, "expected an out-of-range error");
     errors::ExpectText<std::out_of_range>(call, text);
+}
+
+// More bytes or elements than the codec's limit were to be written.
+template <typename Call>
+void ExpectOverLimit(Call&& call, const Codec& codec, int testLine = __builtin_LINE(),
+                     const char* testFile = __builtin_FILE())
+{
+    const std::string name = codec.name;
+    ExpectLengthError(call, "zt " + name + ": " + name + " size larger than zt buffer", testLine, testFile);
+}
+
+// A pointer of this offset was read that leads outside the arena or does not hold whole elements. The range codec alone
+// reports that like a full arena.
+template <typename Call>
+void ExpectOutside(Call&& call, const Codec& codec, std::uint32_t offset, int testLine = __builtin_LINE(),
+                   const char* testFile = __builtin_FILE())
+{
+    if (codec == rangeCodec) {
+        ExpectOutOfSpace(call, testLine, testFile);
+        return;
+    }
+    const std::string name = codec.name;
+    ExpectOutOfRange(call,
+                     "zt " + name + ": zt_arena does not contain an element with the address " + std::to_string(offset),
+                     testLine, testFile);
 }
 
 // An absent optional was read; the words are the standard library's.

@@ -108,21 +108,21 @@ namespace {
 
 // --- What never changes ---
 
-static_assert(sizeof(Wire) == 136 && alignof(Wire) == 8 && isPlain<Wire>);
-static_assert(offsetof(Wire, field1) == 0 && sizeof(Wire::field1) == 8);
-static_assert(offsetof(Wire, severity) == 8 && std::is_same_v<decltype(Wire::severity), std::uint32_t>);
-static_assert(offsetof(Wire, field3) == 12 && sizeof(Wire::field3) == 8);
-static_assert(offsetof(Wire, field4) == 20 && sizeof(Wire::field4) == 8);
-static_assert(offsetof(Wire, field5) == 28 && sizeof(Wire::field5) == 8);
-static_assert(offsetof(Wire, field6) == 36 && sizeof(Wire::field6) == 8);
-static_assert(offsetof(Wire, field7) == 44 && sizeof(Wire::field7) == 8);
-static_assert(offsetof(Wire, field8) == 52 && std::is_same_v<decltype(Wire::field8), std::uint32_t>);
-static_assert(offsetof(Wire, field9) == 56 && std::is_same_v<decltype(Wire::field9), std::uint64_t>);
-static_assert(offsetof(Wire, stringArray) == 64 && std::is_same_v<decltype(Wire::stringArray), zt_ptr_t[9]>);
+PIN_WIRE(Wire, 136, 8);
+PIN_WIRE_FIELD(Wire, 0, zt_ptr_t, field1);
+PIN_WIRE_FIELD(Wire, 8, std::uint32_t, severity);
+PIN_WIRE_FIELD(Wire, 12, zt_ptr_t, field3);
+PIN_WIRE_FIELD(Wire, 20, zt_ptr_t, field4);
+PIN_WIRE_FIELD(Wire, 28, zt_ptr_t, field5);
+PIN_WIRE_FIELD(Wire, 36, zt_ptr_t, field6);
+PIN_WIRE_FIELD(Wire, 44, zt_ptr_t, field7);
+PIN_WIRE_FIELD(Wire, 52, std::uint32_t, field8);
+PIN_WIRE_FIELD(Wire, 56, std::uint64_t, field9);
+PIN_WIRE_FIELD(Wire, 64, zt_ptr_t[9], stringArray);
 
-static_assert(std::is_same_v<decltype(VynEvent::severity), VynEventSeverity>);
-static_assert(std::is_same_v<decltype(VynEvent::field8), std::uint32_t>);
-static_assert(std::is_same_v<decltype(VynEvent::field9), std::uint64_t>);
+PIN_MEMBER(VynEvent, VynEventSeverity, severity);
+PIN_MEMBER(VynEvent, std::uint32_t, field8);
+PIN_MEMBER(VynEvent, std::uint64_t, field9);
 static_assert(std::is_same_v<decltype(VynEvent::stringArray), std::array<std::string, 9>>);
 
 static_assert(std::is_enum_v<Status> && std::is_same_v<std::underlying_type_t<Status>, std::uint8_t>);

@@ -187,7 +187,7 @@ TYPED_TEST(EveryException, TakesItsDetailAndACopyOfTheMessage)
     EXPECT_EQ(allocator.buffers.size(), 1u);
 }
 
-TYPED_TEST(EveryException, CopiesEveryFieldAndSharesTheAllocatorOfTheMessage)
+TYPED_TEST(EveryException, CopiesEveryFieldAndSharesTheAllocator)
 {
     CountingAllocator allocator;
     {
@@ -247,7 +247,7 @@ TYPED_TEST(EveryException, ClonesItselfOnTheHeapWithEveryField)
     EXPECT_EQ(Counted::alive, 1);
 }
 
-TYPED_TEST(EveryException, ClonesItselfWithPlainNewWhateverAllocatesTheMessage)
+TYPED_TEST(EveryException, ClonesItselfWithPlainNew)
 {
     TypeParam error;
     newCalls = 0;
@@ -277,7 +277,7 @@ TYPED_TEST(EveryException, ThrowsACopyOfItsOwnClass)
     EXPECT_EQ(Counted::alive, 1);
 }
 
-TYPED_TEST(EveryException, DeletesTheNestedBeforeItFreesTheMessageAndReleasesTheAllocator)
+TYPED_TEST(EveryException, DeletesTheNestedFirstAndTheMessageLast)
 {
     CountingAllocator allocator;
     {
@@ -302,7 +302,7 @@ TYPED_TEST(EveryException, IsDestroyedThroughAnyBase)
     }
 }
 
-TYPED_TEST(EveryException, StaysAsItWasWhenThereIsNoMemoryForACopyOfTheMessage)
+TYPED_TEST(EveryException, StaysAsItWasWithoutMemoryForACopy)
 {
     CountingAllocator allocator;
     TypeParam error(0, wide_string(u"a message of some length"sv, &allocator));
@@ -319,7 +319,7 @@ TYPED_TEST(EveryException, StaysAsItWasWhenThereIsNoMemoryForACopyOfTheMessage)
     EXPECT_EQ(Counted::copies, 0);
 }
 
-TYPED_TEST(EveryException, GivesItsMessageBackWhenTheNestedCannotBeCopied)
+TYPED_TEST(EveryException, GivesItsMessageBackWhenTheNestedThrows)
 {
     CountingAllocator allocator;
     TypeParam error(0, wide_string(u"a message of some length"sv, &allocator));
@@ -335,7 +335,7 @@ TYPED_TEST(EveryException, GivesItsMessageBackWhenTheNestedCannotBeCopied)
     EXPECT_EQ(Counted::alive, 1);
 }
 
-TYPED_TEST(EveryException, GivesEverythingBackWhenThereIsNoMemoryForTheClone)
+TYPED_TEST(EveryException, GivesEverythingBackWhenTheCloneFails)
 {
     TypeParam error(0, wide_string(u"a message of some length"sv));
     Fill(error);

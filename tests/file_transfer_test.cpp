@@ -20,43 +20,28 @@ using FileInfoWire = tq_vyn_connector_VynTypes_FileInfo;
 using FileChunkParamsWire = tq_vyn_connector_VynTypes_FileChunkParams;
 using FileChunkWire = tq_vyn_connector_VynTypes_FileChunk;
 
-constexpr const char* zt_string = "lyr_ipc/source/common/include/common/zt_string";
-
 // --- What never changes ---
 
-static_assert(sizeof(FileInfoParamsWire) == 8 && alignof(FileInfoParamsWire) == 4 && isPlain<FileInfoParamsWire>);
-static_assert(offsetof(FileInfoParamsWire, fileName) == 0);
-static_assert(std::is_same_v<decltype(FileInfoParamsWire::fileName), zt_ptr_t>);
+PIN_WIRE(FileInfoParamsWire, 8, 4);
+PIN_WIRE_FIELD(FileInfoParamsWire, 0, zt_ptr_t, fileName);
 
-static_assert(sizeof(FileInfoWire) == 32 && alignof(FileInfoWire) == 8 && isPlain<FileInfoWire>);
-static_assert(offsetof(FileInfoWire, fileName) == 0);
-static_assert(offsetof(FileInfoWire, field2) == 8);
-static_assert(offsetof(FileInfoWire, field3) == 9);
-static_assert(offsetof(FileInfoWire, timestamp) == 16);
-static_assert(offsetof(FileInfoWire, fileSize) == 24);
-static_assert(std::is_same_v<decltype(FileInfoWire::fileName), zt_ptr_t>);
-static_assert(std::is_same_v<decltype(FileInfoWire::field2), std::uint8_t>);
-static_assert(std::is_same_v<decltype(FileInfoWire::field3), std::uint8_t>);
-static_assert(std::is_same_v<decltype(FileInfoWire::timestamp), std::int64_t>);
-static_assert(std::is_same_v<decltype(FileInfoWire::fileSize), std::uint64_t>);
+PIN_WIRE(FileInfoWire, 32, 8);
+PIN_WIRE_FIELD(FileInfoWire, 0, zt_ptr_t, fileName);
+PIN_WIRE_FIELD(FileInfoWire, 8, std::uint8_t, field2);
+PIN_WIRE_FIELD(FileInfoWire, 9, std::uint8_t, field3);
+PIN_WIRE_FIELD(FileInfoWire, 16, std::int64_t, timestamp);
+PIN_WIRE_FIELD(FileInfoWire, 24, std::uint64_t, fileSize);
 
-static_assert(sizeof(FileChunkParamsWire) == 24 && alignof(FileChunkParamsWire) == 8 && isPlain<FileChunkParamsWire>);
-static_assert(offsetof(FileChunkParamsWire, fileName) == 0);
-static_assert(offsetof(FileChunkParamsWire, chunkOffset) == 8);
-static_assert(offsetof(FileChunkParamsWire, chunkSize) == 16);
-static_assert(std::is_same_v<decltype(FileChunkParamsWire::fileName), zt_ptr_t>);
-static_assert(std::is_same_v<decltype(FileChunkParamsWire::chunkOffset), std::uint64_t>);
-static_assert(std::is_same_v<decltype(FileChunkParamsWire::chunkSize), std::uint64_t>);
+PIN_WIRE(FileChunkParamsWire, 24, 8);
+PIN_WIRE_FIELD(FileChunkParamsWire, 0, zt_ptr_t, fileName);
+PIN_WIRE_FIELD(FileChunkParamsWire, 8, std::uint64_t, chunkOffset);
+PIN_WIRE_FIELD(FileChunkParamsWire, 16, std::uint64_t, chunkSize);
 
-static_assert(sizeof(FileChunkWire) == 32 && alignof(FileChunkWire) == 8 && isPlain<FileChunkWire>);
-static_assert(offsetof(FileChunkWire, fileName) == 0);
-static_assert(offsetof(FileChunkWire, chunkOffset) == 8);
-static_assert(offsetof(FileChunkWire, chunkSize) == 16);
-static_assert(offsetof(FileChunkWire, data) == 24);
-static_assert(std::is_same_v<decltype(FileChunkWire::fileName), zt_ptr_t>);
-static_assert(std::is_same_v<decltype(FileChunkWire::chunkOffset), std::uint64_t>);
-static_assert(std::is_same_v<decltype(FileChunkWire::chunkSize), std::uint64_t>);
-static_assert(std::is_same_v<decltype(FileChunkWire::data), zt_ptr_t>);
+PIN_WIRE(FileChunkWire, 32, 8);
+PIN_WIRE_FIELD(FileChunkWire, 0, zt_ptr_t, fileName);
+PIN_WIRE_FIELD(FileChunkWire, 8, std::uint64_t, chunkOffset);
+PIN_WIRE_FIELD(FileChunkWire, 16, std::uint64_t, chunkSize);
+PIN_WIRE_FIELD(FileChunkWire, 24, zt_ptr_t, data);
 
 // --- FileInfoParams ---
 
@@ -98,8 +83,8 @@ TEST(FileInfoParams, TakeANameOf1024Bytes)
 
 TEST(FileInfoParams, NeedAnArena)
 {
-    ExpectInvalidArgument([] { CastToZt(FileInfoParams{std::string(1025, 'x')}, nullptr); }, zt_string, 21);
-    ExpectInvalidArgument([] { CastFromZt(FileInfoParamsWire{}, nullptr); }, zt_string, 39);
+    ExpectInvalidArgument([] { CastToZt(FileInfoParams{std::string(1025, 'x')}, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([] { CastFromZt(FileInfoParamsWire{}, nullptr); }, stringCodec, 39);
 }
 
 TEST(FileInfoParams, AreEqualWhereAllMembersAre)
@@ -209,8 +194,8 @@ TEST(FileInfo, TakesANameOf1024Bytes)
 
 TEST(FileInfo, NeedsAnArena)
 {
-    ExpectInvalidArgument([] { CastToZt(FileInfo{}, nullptr); }, zt_string, 21);
-    ExpectInvalidArgument([] { CastFromZt(FileInfoWire{}, nullptr); }, zt_string, 39);
+    ExpectInvalidArgument([] { CastToZt(FileInfo{}, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([] { CastFromZt(FileInfoWire{}, nullptr); }, stringCodec, 39);
 }
 
 TEST(FileInfo, IsEqualWhereAllMembersAre)
@@ -280,8 +265,8 @@ TEST(FileChunkParams, TakeANameOf1024Bytes)
 
 TEST(FileChunkParams, NeedAnArena)
 {
-    ExpectInvalidArgument([] { CastToZt(FileChunkParams{}, nullptr); }, zt_string, 21);
-    ExpectInvalidArgument([] { CastFromZt(FileChunkParamsWire{}, nullptr); }, zt_string, 39);
+    ExpectInvalidArgument([] { CastToZt(FileChunkParams{}, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([] { CastFromZt(FileChunkParamsWire{}, nullptr); }, stringCodec, 39);
 }
 
 TEST(FileChunkParams, AreEqualWhereAllMembersAre)
@@ -388,8 +373,7 @@ TEST(FileChunk, Refuses65537BytesOfDataWhenTheNameIsPlaced)
 {
     TestArena arena(65544, 0, 1);
 
-    ExpectLengthError([&] { CastToZt(SampleChunkOf(3, 65537), arena.Get()); },
-                      "zt blob: blob size larger than zt buffer");
+    ExpectOverLimit([&] { CastToZt(SampleChunkOf(3, 65537), arena.Get()); }, blobCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5 'xxx' A5*65540"));
     EXPECT_EQ(arena.Top(), 4u);
@@ -399,8 +383,7 @@ TEST(FileChunk, NamesTheNameFirstWhereBothAreTooLarge)
 {
     TestArena arena(66600, 0, 1);
 
-    ExpectLengthError([&] { CastToZt(SampleChunkOf(1025, 65537), arena.Get()); },
-                      "zt string: string size larger than zt buffer");
+    ExpectOverLimit([&] { CastToZt(SampleChunkOf(1025, 65537), arena.Get()); }, stringCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*66600"));
     EXPECT_EQ(arena.Top(), 1u);
@@ -417,8 +400,8 @@ TEST(FileChunk, ReadsDataOfAnySize)
 
 TEST(FileChunk, NeedsAnArena)
 {
-    ExpectInvalidArgument([] { CastToZt(SampleChunkOf(1025, 65537), nullptr); }, zt_string, 21);
-    ExpectInvalidArgument([] { CastFromZt(FileChunkWire{}, nullptr); }, zt_string, 39);
+    ExpectInvalidArgument([] { CastToZt(SampleChunkOf(1025, 65537), nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([] { CastFromZt(FileChunkWire{}, nullptr); }, stringCodec, 39);
 }
 
 TEST(FileChunk, IsEqualWhereAllMembersAre)

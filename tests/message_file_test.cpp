@@ -80,7 +80,7 @@ TEST(MessageFile, TakesEveryPartOfAFile)
     EXPECT_EQ(file.outcome.at("port").value, "4711");
 }
 
-TEST(MessageFile, HasAnArenaThatBeginsAtAMultipleOfEightAndIsFullWhereNothingElseIsSaid)
+TEST(MessageFile, HasAnAlignedAndFullArenaWhereNothingElseIsSaid)
 {
     const MessageFile file = ParseMessage(With("start: 5\ntop: 17\n", ""), "a.msg");
     EXPECT_EQ(file.start, 0u);

@@ -204,7 +204,7 @@ TEST(MessageString, BuiltFromAViewKeepsUpToSevenCharactersInline)
     }
 }
 
-TEST(MessageString, BuiltFromALongerViewGetsABufferOfAtLeastFourteenCharactersAndATerminator)
+TEST(MessageString, BuiltFromALongerViewGetsABufferOfAtLeast14Characters)
 {
     for (std::size_t length = 8; length <= 40; ++length) {
         const std::size_t capacity = length < 14 ? 14 : length;
@@ -246,7 +246,7 @@ TEST(MessageString, CopiesUpToSevenCharactersInline)
     }
 }
 
-TEST(MessageString, CopiesALongerTextIntoABufferOfAtLeastFourteenCharactersAndATerminator)
+TEST(MessageString, CopiesALongerTextIntoABufferOfAtLeast14Characters)
 {
     for (std::size_t length = 8; length <= 40; ++length) {
         const std::size_t capacity = length < 14 ? 14 : length;

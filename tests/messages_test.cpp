@@ -35,7 +35,7 @@ namespace {
 using namespace vyn_connector;
 using namespace vyn_connector::common;
 
-// --- how a decoded record is shown ------------------------------------------------------------------------------
+// --- How a decoded record is shown ---
 
 using Shown = std::map<std::string, std::string>;
 
@@ -174,7 +174,7 @@ void ShowRows(const std::string& path, const Domain& record, Shown& shown)
     });
 }
 
-// --- how an exception is shown ----------------------------------------------------------------------------------
+// --- How an exception is shown ---
 
 std::string ShowException(const std::exception& error, Shown& shown)
 {
@@ -194,7 +194,7 @@ std::string ShowException(const std::exception& error, Shown& shown)
     return type.name();
 }
 
-// --- converting -------------------------------------------------------------------------------------------------
+// --- Converting ---
 
 template <typename Domain, typename = void>
 inline constexpr bool takesArena = false;
@@ -260,7 +260,7 @@ struct Conversion<VynEvent> {
     }
 };
 
-// --- comparing --------------------------------------------------------------------------------------------------
+// --- Comparing ---
 
 struct Problem {
     std::size_t line;
@@ -421,7 +421,7 @@ std::vector<std::filesystem::path> EntriesOf(const std::filesystem::path& folder
 
 } // namespace
 
-// --- the messages -----------------------------------------------------------------------------------------------
+// --- The messages ---
 
 class MessagesOfOneRecord : public testing::TestWithParam<Record> {};
 
@@ -452,7 +452,7 @@ TEST(Messages, StandInTheFolderOfTheirRecord)
     }
 }
 
-// --- the runner itself ------------------------------------------------------------------------------------------
+// --- The runner itself ---
 
 namespace {
 

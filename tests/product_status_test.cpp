@@ -49,9 +49,6 @@ static_assert(IsDeclared<ProductHsdpStatus(const WireStatus&, const zt_arena*)>(
 static_assert(IsDeclared<WireInfo(const ProductHsdpInfo&, zt_arena*)>(&CastToZt));
 static_assert(IsDeclared<ProductHsdpInfo(const WireInfo&, const zt_arena*)>(&CastFromZt));
 
-constexpr const char* stringCodec = "lyr_ipc/source/common/include/common/zt_string";
-constexpr const char* vectorCodec = "lyr_ipc/source/common/include/common/zt_vector";
-
 // Both records of two strings look the same on the wire.
 const layout::Message twoTexts("[field1] [field2]",
                                {{"field1", layout::Text, "'first'"}, {"field2", layout::Text, "'2nd'"}});

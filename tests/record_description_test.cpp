@@ -45,7 +45,6 @@ struct Count {
 };
 } // namespace kind
 
-// clang-format off
 VYN_RECORD(Shuffled, ShuffledWire, 20, 4,
     VYN_FIELD      ( 0, 8, first, Text<32>),
     VYN_FIELD_AS   ( 8, 1, middle, inTheMiddle, Flag),
@@ -57,7 +56,6 @@ VYN_RECORD(Shuffled, ShuffledWire, 20, 4,
 VYN_RECORD(Whole, Whole, 20, 4,
     VYN_PADDING( 0, 16),
     VYN_WHOLE  (16,  4, count, Count));
-// clang-format on
 
 } // namespace vyn_connector::common
 

@@ -34,24 +34,24 @@ namespace layout {
 
 // Which codec a part belongs to: the error that its pointer raises, and how its elements lie in the arena.
 struct Kind {
-    const char* codec;
+    Codec codec;
     std::size_t elementSize;
     std::size_t alignment;
 };
-inline constexpr Kind Text{"string", 1, 1};
-inline constexpr Kind Blob{"blob", 1, 1};
-inline constexpr Kind Set{"set", 8, 4};
+inline constexpr Kind Text{stringCodec, 1, 1};
+inline constexpr Kind Blob{blobCodec, 1, 1};
+inline constexpr Kind Set{setCodec, 8, 4};
 constexpr Kind List(std::size_t elementSize, std::size_t alignment)
 {
-    return {"vector", elementSize, alignment};
+    return {vectorCodec, elementSize, alignment};
 }
 constexpr Kind Optional(std::size_t elementSize, std::size_t alignment)
 {
-    return {"optional", elementSize, alignment};
+    return {optionalCodec, elementSize, alignment};
 }
 constexpr Kind Range(std::size_t elementSize, std::size_t alignment)
 {
-    return {"range", elementSize, alignment};
+    return {rangeCodec, elementSize, alignment};
 }
 
 struct Part {
@@ -227,17 +227,6 @@ void ForEveryPlacement(Check&& check)
         }
 }
 
-// What a part of this kind raises when its pointer, which has this offset, is refused.
-template <typename Call>
-void ExpectRefused(Call&& call, Kind kind, std::uint32_t offset)
-{
-    if (std::string_view(kind.codec) == "range")
-        ExpectOutOfSpace(call);
-    else
-        ExpectOutOfRange(call, std::string("zt ") + kind.codec +
-                                   ": zt_arena does not contain an element with the address " + std::to_string(offset));
-}
-
 template <typename Domain>
 using WireOf = decltype(vyn_connector::common::CastToZt(std::declval<const Domain&>(), std::declval<zt_arena*>()));
 
@@ -323,13 +312,12 @@ void ExpectTooLarge(const Domain& record, const layout::Message& message, std::s
 {
     const testing::ScopedTrace trace(testFile, testLine, "expected to be too large: " + std::string(part));
     const std::size_t placed = message.IndexOf(part);
-    const std::string codec = message.parts[placed].kind.codec;
+    const Codec& codec = message.parts[placed].kind.codec;
     layout::ForEveryPlacement([&](layout::Placement placement) {
         const layout::Image image(message, placement);
         TestArena arena(image.Top() + 9, placement.start, placement.top);
 
-        ExpectLengthError([&] { vyn_connector::common::CastToZt(record, arena.Get()); },
-                          "zt " + codec + ": " + codec + " size larger than zt buffer");
+        ExpectOverLimit([&] { vyn_connector::common::CastToZt(record, arena.Get()); }, codec);
 
         EXPECT_EQ(arena.Contents(), image.Contents(arena.Capacity(), placed));
         EXPECT_EQ(arena.Top(), image.Top(placed));
@@ -376,7 +364,7 @@ void ExpectRefusesBadPointers(const layout::Message& message, const std::vector<
             const auto refuses = [&](zt_ptr_t pointer) {
                 SCOPED_TRACE(testing::Message()
                              << name << " with offset " << pointer.offset << ", size " << pointer.size);
-                layout::ExpectRefused([&] { readWith({{name, pointer}}); }, kind, pointer.offset);
+                ExpectOutside([&] { readWith({{name, pointer}}); }, kind.codec, pointer.offset);
             };
             refuses({end + 1, 0});
             refuses({end, elementSize});
@@ -391,11 +379,11 @@ void ExpectRefusesBadPointers(const layout::Message& message, const std::vector<
 
             for (std::size_t j = i + 1; j < readingOrder.size(); ++j) {
                 SCOPED_TRACE("both " + name + " and " + readingOrder[j]);
-                layout::ExpectRefused(
+                ExpectOutside(
                     [&] {
                         readWith({{name, {end + 1, 0}}, {readingOrder[j], {end + 2, 0}}});
                     },
-                    kind, end + 1);
+                    kind.codec, end + 1);
             }
         }
     }

@@ -46,8 +46,8 @@ PIN_MEMBER(VynConnectionParameters, ServerConnectionParameters, serverParameters
 PIN_MEMBER(VynConnectionParameters, Credentials, credentials);
 
 // The slots of an optional proxy and optional TLS settings are of just these sizes.
-static_assert(sizeof(WireProxy) == 28 && alignof(WireProxy) == 4);
-static_assert(sizeof(WireSsl) == 36 && alignof(WireSsl) == 4);
+PIN_WIRE(WireProxy, 28, 4);
+PIN_WIRE(WireSsl, 36, 4);
 
 PIN_WIRE(WireTimeouts, 16, 8);
 PIN_WIRE_FIELD(WireTimeouts, 0, std::uint64_t, field1);
@@ -80,8 +80,6 @@ static_assert(IsDeclared<VynConnectionParameters(const WireConnection&, const zt
 static_assert(IsDeclared<VynRequestsTimeouts(const WireTimeouts&, const zt_arena*)>(&CastFromZt));
 static_assert(IsDeclared<VynConnectorSettings(const WireSettings&)>(&CastFromZt));
 static_assert(IsDeclared<VynServerData(const WireServerData&)>(&CastFromZt));
-
-constexpr const char* stringCodec = "lyr_ipc/source/common/include/common/zt_string";
 
 const VynRequestsTimeouts timeouts{0x0102030405060708, 0x1112131415161718};
 
@@ -245,7 +243,7 @@ TEST(ServerConnectionParameters, ReserveNothingForTheOptionalMembersOfATooLongAd
     ServerConnectionParameters record = FullServer();
     record.address.assign(129, 'x');
 
-    ExpectLengthError([&] { CastToZt(record, arena.Get()); }, "zt string: string size larger than zt buffer");
+    ExpectOverLimit([&] { CastToZt(record, arena.Get()); }, stringCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*256"));
     EXPECT_EQ(arena.Top(), 3u);
@@ -302,17 +300,16 @@ TEST(ServerConnectionParameters, ReadNoPartOfAnElement)
         wire.*member = pointer;
         CastFromZt(wire, arena.Get());
     };
-    const char* const text = "zt optional: zt_arena does not contain an element with the address 8";
 
-    ExpectOutOfRange([&] { readWith(&WireServer::timeouts, {8, 8}); }, text);
-    ExpectOutOfRange([&] { readWith(&WireServer::timeouts, {8, 24}); }, text);
-    ExpectOutOfRange([&] { readWith(&WireServer::proxy, {8, 20}); }, text);
-    ExpectOutOfRange([&] { readWith(&WireServer::proxy, {8, 36}); }, text);
-    ExpectOutOfRange([&] { readWith(&WireServer::ssl, {8, 28}); }, text);
-    ExpectOutOfRange([&] { readWith(&WireServer::ssl, {8, 16}); }, text);
+    ExpectOutside([&] { readWith(&WireServer::timeouts, {8, 8}); }, optionalCodec, 8);
+    ExpectOutside([&] { readWith(&WireServer::timeouts, {8, 24}); }, optionalCodec, 8);
+    ExpectOutside([&] { readWith(&WireServer::proxy, {8, 20}); }, optionalCodec, 8);
+    ExpectOutside([&] { readWith(&WireServer::proxy, {8, 36}); }, optionalCodec, 8);
+    ExpectOutside([&] { readWith(&WireServer::ssl, {8, 28}); }, optionalCodec, 8);
+    ExpectOutside([&] { readWith(&WireServer::ssl, {8, 16}); }, optionalCodec, 8);
 }
 
-TEST(ServerConnectionParameters, ReadAnOptionalMemberOfSizeZeroAsAbsentWhereverItPointsInside)
+TEST(ServerConnectionParameters, ReadAnOptionalMemberOfSizeZeroAsAbsent)
 {
     ExpectReads(
         ServerConnectionParameters{"server", {}, {}, {}},

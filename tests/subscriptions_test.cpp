@@ -18,7 +18,6 @@ using OneWire = tq_vyn_connector_VynTypes_VynSubscription;
 using MapWire = tq_vyn_connector_VynTypes_VynSubscriptions;
 using HashWire = tq_vyn_connector_VynTypes_VynSubscriptionsWithHash;
 
-constexpr const char* zt_set = "lyr_ipc/source/common/include/common/zt_set";
 constexpr const char* tooManySeverities = "vyn subscriptions: Vyn event severity types more than 4";
 
 constexpr VynEventSeverity severity0 = VynEventSeverity::Severity0;
@@ -35,18 +34,18 @@ static_assert(static_cast<int>(severity2) == 2 && static_cast<int>(severity3) ==
 static_assert(std::is_same_v<VynSubscription, std::pair<VynEventSeverity, Names>>);
 static_assert(std::is_same_v<VynSubscriptionsWithHash, std::pair<unsigned long, VynSubscriptions>>);
 
-static_assert(sizeof(OneWire) == 12 && alignof(OneWire) == 4 && isPlain<OneWire>);
-static_assert(offsetof(OneWire, severity) == 0 && std::is_same_v<decltype(OneWire::severity), std::int32_t>);
-static_assert(offsetof(OneWire, eventTypes) == 4 && std::is_same_v<decltype(OneWire::eventTypes), zt_ptr_t>);
+PIN_WIRE(OneWire, 12, 4);
+PIN_WIRE_FIELD(OneWire, 0, std::int32_t, severity);
+PIN_WIRE_FIELD(OneWire, 4, zt_ptr_t, eventTypes);
 
-static_assert(sizeof(MapWire) == 48 && alignof(MapWire) == 4 && isPlain<MapWire>);
-static_assert(offsetof(MapWire, entries) == 0 && std::is_same_v<decltype(MapWire::entries), OneWire[4]>);
+PIN_WIRE(MapWire, 48, 4);
+PIN_WIRE_FIELD(MapWire, 0, OneWire[4], entries);
 static_assert(offsetof(MapWire, entries[1]) == 12 && offsetof(MapWire, entries[2]) == 24);
 static_assert(offsetof(MapWire, entries[3]) == 36);
 
-static_assert(sizeof(HashWire) == 56 && alignof(HashWire) == 8 && isPlain<HashWire>);
-static_assert(offsetof(HashWire, hash) == 0 && std::is_same_v<decltype(HashWire::hash), std::uint64_t>);
-static_assert(offsetof(HashWire, subscriptions) == 8 && std::is_same_v<decltype(HashWire::subscriptions), MapWire>);
+PIN_WIRE(HashWire, 56, 8);
+PIN_WIRE_FIELD(HashWire, 0, std::uint64_t, hash);
+PIN_WIRE_FIELD(HashWire, 8, MapWire, subscriptions);
 
 // --- Helpers ---
 
@@ -177,7 +176,7 @@ TEST(Subscription, Refuses129NamesBeforeAnythingIsReserved)
     const VynSubscription subscription(severity1, ManyNames(129, 129));
     TestArena arena(20000, 0, 1);
 
-    ExpectLengthError([&] { CastToZt(subscription, arena.Get()); }, "zt set: set size larger than zt buffer");
+    ExpectOverLimit([&] { CastToZt(subscription, arena.Get()); }, setCodec);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*20000"));
     EXPECT_EQ(arena.Top(), 1u);
@@ -215,9 +214,9 @@ TEST(Subscription, CollapsesNamesThatRepeat)
 
 TEST(Subscription, NeedsAnArena)
 {
-    ExpectInvalidArgument([] { CastToZt(VynSubscription(severity0, {}), nullptr); }, zt_set, 19);
-    ExpectInvalidArgument([] { CastToZt(VynSubscription(severity0, ManyNames(129, 3)), nullptr); }, zt_set, 19);
-    ExpectInvalidArgument([] { CastFromZt(OneWire{}, nullptr); }, zt_set, 43);
+    ExpectInvalidArgument([] { CastToZt(VynSubscription(severity0, {}), nullptr); }, setCodec, 19);
+    ExpectInvalidArgument([] { CastToZt(VynSubscription(severity0, ManyNames(129, 3)), nullptr); }, setCodec, 19);
+    ExpectInvalidArgument([] { CastFromZt(OneWire{}, nullptr); }, setCodec, 43);
 }
 
 // --- All subscriptions ---
@@ -314,14 +313,11 @@ TEST(Subscriptions, RaiseWhatAnEntryRaisesThoughItIsDroppedOrUnused)
         SCOPED_TRACE(entry);
         MapWire wire{};
         wire.entries[entry].eventTypes = {33, 0};
-        ExpectOutOfRange([&] { CastFromZt(wire, arena.Get()); },
-                         "zt set: zt_arena does not contain an element with the address 33");
+        ExpectOutside([&] { CastFromZt(wire, arena.Get()); }, setCodec, 33);
         wire.entries[entry].eventTypes = {0, 7};
-        ExpectOutOfRange([&] { CastFromZt(wire, arena.Get()); },
-                         "zt set: zt_arena does not contain an element with the address 0");
+        ExpectOutside([&] { CastFromZt(wire, arena.Get()); }, setCodec, 0);
         wire.entries[entry].eventTypes = {0, 8};
-        ExpectOutOfRange([&] { CastFromZt(wire, arena.Get()); },
-                         "zt string: zt_arena does not contain an element with the address 33");
+        ExpectOutside([&] { CastFromZt(wire, arena.Get()); }, stringCodec, 33);
     }
 }
 
@@ -358,15 +354,14 @@ TEST(Subscriptions, ReadAnySeverity)
 
 TEST(Subscriptions, NeedAnArenaWhereThereIsAnEntryAndToBeRead)
 {
-    ExpectInvalidArgument([] { CastToZt(MapOf({{severity0, {}}}), nullptr); }, zt_set, 19);
-    ExpectInvalidArgument([] { CastFromZt(MapWire{}, nullptr); }, zt_set, 43);
+    ExpectInvalidArgument([] { CastToZt(MapOf({{severity0, {}}}), nullptr); }, setCodec, 19);
+    ExpectInvalidArgument([] { CastFromZt(MapWire{}, nullptr); }, setCodec, 43);
 }
 
 TEST(Subscriptions, CannotBeReadFromAnArenaWithoutABuffer)
 {
     const zt_arena arena{nullptr, nullptr, nullptr};
-    ExpectOutOfRange([&] { CastFromZt(MapWire{}, &arena); },
-                     "zt set: zt_arena does not contain an element with the address 0");
+    ExpectOutside([&] { CastFromZt(MapWire{}, &arena); }, setCodec, 0);
 }
 
 // --- With hash ---
@@ -413,8 +408,12 @@ TEST(SubscriptionsWithHash, RefuseFiveSeverities)
 
 TEST(SubscriptionsWithHash, NeedAnArenaWhereThereIsAnEntryAndToBeRead)
 {
-    ExpectInvalidArgument([] { CastToZt(VynSubscriptionsWithHash(1, MapOf({{severity0, {}}})), nullptr); }, zt_set, 19);
-    ExpectInvalidArgument([] { CastFromZt(HashWire{}, nullptr); }, zt_set, 43);
+    ExpectInvalidArgument(
+        [] {
+            CastToZt(VynSubscriptionsWithHash(1, MapOf({{severity0, {}}})), nullptr);
+        },
+        setCodec, 19);
+    ExpectInvalidArgument([] { CastFromZt(HashWire{}, nullptr); }, setCodec, 43);
     EXPECT_EQ(BytesOf(CastToZt(VynSubscriptionsWithHash(1, {}), nullptr)), Bytes("01 00*55"));
 }
 

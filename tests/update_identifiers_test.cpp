@@ -60,20 +60,16 @@ using ListWire = tq_vyn_connector_VynTypes_VynUpdateIdentifierContainer;
 using Iterator = std::vector<std::array<std::byte, 16>>::const_iterator;
 using Range = std::pair<Iterator, Iterator>;
 
-constexpr const char* zt_range = "lyr_ipc/source/common/include/common/zt_range";
-
 // --- What never changes ---
 
 static_assert(std::is_same_v<VynUpdateIdentifier, std::array<std::byte, 16>>);
 static_assert(std::is_same_v<VynUpdateIdentifiers, std::vector<std::array<std::byte, 16>>>);
 
-static_assert(sizeof(IdentifierWire) == 16 && alignof(IdentifierWire) == 1 && isPlain<IdentifierWire>);
-static_assert(offsetof(IdentifierWire, bytes) == 0);
-static_assert(std::is_same_v<decltype(IdentifierWire::bytes), std::uint8_t[16]>);
+PIN_WIRE(IdentifierWire, 16, 1);
+PIN_WIRE_FIELD(IdentifierWire, 0, std::uint8_t[16], bytes);
 
-static_assert(sizeof(ListWire) == 8 && alignof(ListWire) == 4 && isPlain<ListWire>);
-static_assert(offsetof(ListWire, identifiers) == 0);
-static_assert(std::is_same_v<decltype(ListWire::identifiers), zt_ptr_t>);
+PIN_WIRE(ListWire, 8, 4);
+PIN_WIRE_FIELD(ListWire, 0, zt_ptr_t, identifiers);
 
 // --- Helpers ---
 
@@ -207,9 +203,10 @@ TEST(UpdateIdentifierWriter, CannotWriteAnEmptyOrReversedPart)
     const VynUpdateIdentifiers identifiers = Identifiers(12);
     const VynUpdateIdentifiers none;
 
-    ExpectInvalidArgument([&] { CastToZt(All(none), arena.Get()); }, zt_range, 21);
-    ExpectInvalidArgument([&] { CastToZt(Range(identifiers.end(), identifiers.end()), arena.Get()); }, zt_range, 21);
-    ExpectInvalidArgument([&] { CastToZt(Range(identifiers.end(), identifiers.begin()), arena.Get()); }, zt_range, 21);
+    ExpectInvalidArgument([&] { CastToZt(All(none), arena.Get()); }, rangeCodec, 21);
+    ExpectInvalidArgument([&] { CastToZt(Range(identifiers.end(), identifiers.end()), arena.Get()); }, rangeCodec, 21);
+    ExpectInvalidArgument([&] { CastToZt(Range(identifiers.end(), identifiers.begin()), arena.Get()); }, rangeCodec,
+                          21);
 
     EXPECT_EQ(arena.Contents(), Bytes("A5*40"));
     EXPECT_EQ(arena.Top(), 2u);
@@ -221,7 +218,7 @@ TEST(UpdateIdentifierWriter, LooksForTheArenaFirst)
     const VynUpdateIdentifiers one = Identifiers(1);
     const VynUpdateIdentifiers eleven = Identifiers(11);
     for (const VynUpdateIdentifiers* identifiers : {&none, &one, &eleven})
-        ExpectInvalidArgument([&] { CastToZt(All(*identifiers), nullptr); }, zt_range, 20);
+        ExpectInvalidArgument([&] { CastToZt(All(*identifiers), nullptr); }, rangeCodec, 20);
 }
 
 TEST(UpdateIdentifierWriter, NeedsADestinationBeforeItCounts)
@@ -231,9 +228,9 @@ TEST(UpdateIdentifierWriter, NeedsADestinationBeforeItCounts)
     const auto write = [&](Iterator first, Iterator last, zt_arena* to) {
         RangeToZt<10, IdentifierWire>(first, last, nullptr, to, WriterOf<VynUpdateIdentifier>{&CastToZt});
     };
-    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.end(), nullptr); }, zt_range, 20);
-    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.begin(), arena.Get()); }, zt_range, 21);
-    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.end(), arena.Get()); }, zt_range, 22);
+    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.end(), nullptr); }, rangeCodec, 20);
+    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.begin(), arena.Get()); }, rangeCodec, 21);
+    ExpectInvalidArgument([&] { write(eleven.begin(), eleven.end(), arena.Get()); }, rangeCodec, 22);
     EXPECT_EQ(arena.Contents(), Bytes("A5*200"));
 }
 
@@ -318,16 +315,16 @@ TEST(UpdateIdentifierReader, NeedsAnArenaAndASource)
         ZtToRange<IdentifierWire, VynUpdateIdentifier>(nullptr, std::back_inserter(identifiers), from,
                                                        ReaderOf<VynUpdateIdentifier>{&CastFromZt});
     };
-    ExpectInvalidArgument([&] { CastFromZt(ListWire{{0, 0}}, nullptr); }, zt_range, 49);
-    ExpectInvalidArgument([&] { read(nullptr); }, zt_range, 49);
-    ExpectInvalidArgument([&] { read(arena.Get()); }, zt_range, 50);
+    ExpectInvalidArgument([&] { CastFromZt(ListWire{{0, 0}}, nullptr); }, rangeCodec, 49);
+    ExpectInvalidArgument([&] { read(nullptr); }, rangeCodec, 49);
+    ExpectInvalidArgument([&] { read(arena.Get()); }, rangeCodec, 50);
 }
 
 TEST(UpdateIdentifierReader, ReservesBeforeItLooksAtTheArena)
 {
     for (const std::uint32_t size : {4096u, 4095u}) {
         allocations::largest = 0;
-        ExpectInvalidArgument([&] { CastFromZt(ListWire{{0, size}}, nullptr); }, zt_range, 49);
+        ExpectInvalidArgument([&] { CastFromZt(ListWire{{0, size}}, nullptr); }, rangeCodec, 49);
         EXPECT_EQ(allocations::largest, size * 16);
     }
 }

@@ -11,8 +11,6 @@ using vyn_connector::common::CastToZt;
 using vyn_connector::common::StringToZt;
 using vyn_connector::common::ZtToString;
 
-constexpr const char* source = "lyr_ipc/source/common/include/common/zt_string";
-constexpr const char* tooLarge = "zt string: string size larger than zt buffer";
 constexpr zt_ptr_t untouched{0xDEADBEEF, 0xFEEDF00D};
 
 // --- Writing ---
@@ -135,7 +133,7 @@ void ExpectLimit()
     TestArena arena(MaxCount + 8, 0, 1);
     zt_ptr_t out = untouched;
 
-    ExpectLengthError([&] { StringToZt<MaxCount>(std::string(MaxCount + 1, 'x'), &out, arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { StringToZt<MaxCount>(std::string(MaxCount + 1, 'x'), &out, arena.Get()); }, stringCodec);
     EXPECT_EQ(out, untouched);
     EXPECT_EQ(arena.Top(), 1u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*" + std::to_string(MaxCount + 8)));
@@ -161,11 +159,11 @@ TEST(StringWriter, RefusesTheNullArenaFirst)
 {
     zt_ptr_t out = untouched;
 
-    ExpectInvalidArgument([&] { StringToZt<128>("abc", &out, nullptr); }, source, 21);
-    ExpectInvalidArgument([&] { StringToZt<128>("abc", nullptr, nullptr); }, source, 21);
-    ExpectInvalidArgument([&] { StringToZt<2>("abc", &out, nullptr); }, source, 21);
-    ExpectInvalidArgument([&] { StringToZt<256>("abc", nullptr, nullptr); }, source, 21);
-    ExpectInvalidArgument([&] { StringToZt<128>("", &out, nullptr); }, source, 21);
+    ExpectInvalidArgument([&] { StringToZt<128>("abc", &out, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([&] { StringToZt<128>("abc", nullptr, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([&] { StringToZt<2>("abc", &out, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([&] { StringToZt<256>("abc", nullptr, nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([&] { StringToZt<128>("", &out, nullptr); }, stringCodec, 21);
     EXPECT_EQ(out, untouched);
 }
 
@@ -173,9 +171,9 @@ TEST(StringWriter, RefusesTheNullDestinationSecond)
 {
     TestArena arena(2);
 
-    ExpectInvalidArgument([&] { StringToZt<128>("a", nullptr, arena.Get()); }, source, 22);
-    ExpectInvalidArgument([&] { StringToZt<256>("a", nullptr, arena.Get()); }, source, 22);
-    ExpectInvalidArgument([&] { StringToZt<2>("abc", nullptr, arena.Get()); }, source, 22);
+    ExpectInvalidArgument([&] { StringToZt<128>("a", nullptr, arena.Get()); }, stringCodec, 22);
+    ExpectInvalidArgument([&] { StringToZt<256>("a", nullptr, arena.Get()); }, stringCodec, 22);
+    ExpectInvalidArgument([&] { StringToZt<2>("abc", nullptr, arena.Get()); }, stringCodec, 22);
     EXPECT_EQ(arena.Top(), 0u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*2"));
 }
@@ -185,7 +183,7 @@ TEST(StringWriter, ChecksTheLengthBeforeTheRoom)
     TestArena arena(2);
     zt_ptr_t out = untouched;
 
-    ExpectLengthError([&] { StringToZt<2>("abc", &out, arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { StringToZt<2>("abc", &out, arena.Get()); }, stringCodec);
     ExpectOutOfSpace([&] { StringToZt<3>("abc", &out, arena.Get()); });
 }
 
@@ -216,15 +214,15 @@ TEST(StringByValue, TakesAHundredAndTwentyEightBytes)
     TestArena arena(300);
 
     EXPECT_EQ(CastToZt(std::string(128, 'x'), arena.Get()), (zt_ptr_t{0, 128}));
-    ExpectLengthError([&] { CastToZt(std::string(129, 'y'), arena.Get()); }, tooLarge);
+    ExpectOverLimit([&] { CastToZt(std::string(129, 'y'), arena.Get()); }, stringCodec);
     EXPECT_EQ(arena.Top(), 128u);
     EXPECT_EQ(arena.Contents(), Bytes("'x'*128 A5*172"));
 }
 
 TEST(StringByValue, RefusesTheNullArenaBeforeTheLength)
 {
-    ExpectInvalidArgument([] { CastToZt(std::string("abc"), nullptr); }, source, 21);
-    ExpectInvalidArgument([] { CastToZt(std::string(129, 'x'), nullptr); }, source, 21);
+    ExpectInvalidArgument([] { CastToZt(std::string("abc"), nullptr); }, stringCodec, 21);
+    ExpectInvalidArgument([] { CastToZt(std::string(129, 'x'), nullptr); }, stringCodec, 21);
 }
 
 TEST(StringByValue, RunsOutOfSpace)
@@ -299,18 +297,17 @@ TEST(StringReader, ReadsBehindTheTop)
 
 TEST(StringReader, RefusesWhatEndsBehindTheArena)
 {
-    const std::string text = "zt string: zt_arena does not contain an element with the address ";
     for (const Reader read : readers) {
         TestArena arena(8);
 
         EXPECT_EQ(read({5, 3}, arena.Get()).size(), 3u);
-        ExpectOutOfRange([&] { read({5, 4}, arena.Get()); }, text + "5");
-        ExpectOutOfRange([&] { read({9, 0}, arena.Get()); }, text + "9");
-        ExpectOutOfRange([&] { read({0, 9}, arena.Get()); }, text + "0");
-        ExpectOutOfRange([&] { read({4294967295, 0}, arena.Get()); }, text + "4294967295");
-        ExpectOutOfRange([&] { read({4294967295, 1}, arena.Get()); }, text + "4294967295");
-        ExpectOutOfRange([&] { read({2147483648, 2147483648}, arena.Get()); }, text + "2147483648");
-        ExpectOutOfRange([&] { read({1, 4294967295}, arena.Get()); }, text + "1");
+        ExpectOutside([&] { read({5, 4}, arena.Get()); }, stringCodec, 5);
+        ExpectOutside([&] { read({9, 0}, arena.Get()); }, stringCodec, 9);
+        ExpectOutside([&] { read({0, 9}, arena.Get()); }, stringCodec, 0);
+        ExpectOutside([&] { read({4294967295, 0}, arena.Get()); }, stringCodec, 4294967295);
+        ExpectOutside([&] { read({4294967295, 1}, arena.Get()); }, stringCodec, 4294967295);
+        ExpectOutside([&] { read({2147483648, 2147483648}, arena.Get()); }, stringCodec, 2147483648);
+        ExpectOutside([&] { read({1, 4294967295}, arena.Get()); }, stringCodec, 1);
         EXPECT_EQ(arena.Contents(), Bytes("A5*8"));
     }
 }
@@ -319,27 +316,23 @@ TEST(StringReader, RefusesTheNullAddress)
 {
     const zt_arena arena{};
     for (const Reader read : readers)
-        ExpectOutOfRange(
-            [&] {
-                read({0, 0}, &arena);
-            },
-            "zt string: zt_arena does not contain an element with the address 0");
+        ExpectOutside([&] { read({0, 0}, &arena); }, stringCodec, 0);
 }
 
 TEST(StringReader, RefusesTheNullArenaFirst)
 {
     const zt_ptr_t pointer{0, 1};
 
-    ExpectInvalidArgument([&] { ZtToString(&pointer, nullptr); }, source, 39);
-    ExpectInvalidArgument([&] { ZtToString(nullptr, nullptr); }, source, 39);
-    ExpectInvalidArgument([&] { CastFromZt(pointer, nullptr); }, source, 39);
+    ExpectInvalidArgument([&] { ZtToString(&pointer, nullptr); }, stringCodec, 39);
+    ExpectInvalidArgument([&] { ZtToString(nullptr, nullptr); }, stringCodec, 39);
+    ExpectInvalidArgument([&] { CastFromZt(pointer, nullptr); }, stringCodec, 39);
 }
 
 TEST(StringReader, RefusesTheNullPointerSecond)
 {
     TestArena arena(8);
 
-    ExpectInvalidArgument([&] { ZtToString(nullptr, arena.Get()); }, source, 40);
+    ExpectInvalidArgument([&] { ZtToString(nullptr, arena.Get()); }, stringCodec, 40);
 }
 
 TEST(String, ComesBackAsItWasWritten)

@@ -11,9 +11,7 @@ namespace vyn_connector::common {
 
 using SampleList = std::vector<Credentials>;
 
-// clang-format off
 VYN_RECORD(SampleList, SampleList, 8, 4,
     VYN_WHOLE(0, 8, items, List<5>));
-// clang-format on
 
 } // namespace vyn_connector::common

@@ -12,10 +12,8 @@ namespace vyn_connector::common {
 
 using SampleList = std::vector<Credentials>;
 
-// clang-format off
 VYN_RECORD(SampleList, SampleList, 16, 4,
     VYN_WHOLE(0, 8, first,  List<5>),
     VYN_WHOLE(8, 8, second, List<5>));
-// clang-format on
 
 } // namespace vyn_connector::common

@@ -19,10 +19,8 @@ struct tq_vyn_connector_VynTypes_Pair {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Pair, Pair, 16, 4,
     VYN_FIELD   (0, 8, first, Text<128>),
     VYN_FIELD_AS(8, 8, first, second, Text<128>));
-// clang-format on
 
 } // namespace vyn_connector::common

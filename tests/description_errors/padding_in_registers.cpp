@@ -19,11 +19,9 @@ struct tq_vyn_connector_VynTypes_Small {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Small, Small, 12, 4,
     VYN_FIELD  ( 0,  8, text,   Text<128>),
     VYN_FIELD  ( 8,  2, number, Number),
     VYN_PADDING(10,  2));
-// clang-format on
 
 } // namespace vyn_connector::common

@@ -17,9 +17,7 @@ struct tq_vyn_connector_VynTypes_Maybe {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Maybe, Maybe, 8, 4,
     VYN_FIELD(0, 8, text, Optional<Time>));
-// clang-format on
 
 } // namespace vyn_connector::common

@@ -10,11 +10,11 @@ WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werr
 
 
 def main():
-    includeDir = pathlib.Path(sys.argv[1])
-    command = sys.argv[2:] + WARNINGS + ["-fsyntax-only", "-I", str(includeDir), "-x", "c++", "-"]
-    headers = sorted(str(path.relative_to(includeDir)) for path in includeDir.rglob("*.h"))
+    include_dir = pathlib.Path(sys.argv[1])
+    command = sys.argv[2:] + WARNINGS + ["-fsyntax-only", "-I", str(include_dir), "-x", "c++", "-"]
+    headers = sorted(str(path.relative_to(include_dir)) for path in include_dir.rglob("*.h"))
     if not headers:
-        sys.exit(f"{includeDir} holds no headers")
+        sys.exit(f"{include_dir} holds no headers")
 
     failed = []
     for header in headers:

@@ -1,5 +1,5 @@
 """The messages of this folder, chosen by hand. What reading each of them gives is said here, by hand too; model.py
-lays the messages out, holds what is said here against its own reading, and writes the files."""
+lays the messages out and holds what is said here against its own reading."""
 
 import copy
 
@@ -121,7 +121,7 @@ def overlapping(*sizes):
     return change
 
 
-# --- how to reach the server -------------------------------------------------------------------------------------
+# --- How to reach the server ---
 
 CREDENTIALS = {"userName": "alice", "password": "s3cret"}
 NO_CREDENTIALS = {"userName": "", "password": ""}
@@ -224,7 +224,7 @@ for record, number_of_fields in (("VynConnectorSettings", 6), ("VynServerData", 
     add(record, "minimal", "All zero.", dict.fromkeys(names, 0), encode=True)
     add(record, "largest", "All bits set.", dict.fromkeys(names, 2**64 - 1), encode=True)
 
-# --- connector parameters ----------------------------------------------------------------------------------------
+# --- Connector parameters ---
 
 PARAM = {"name": "interval", "value": b"\x10\x27\x00\x00"}
 usual("VynParam", PARAM, {"name": "", "value": b""}, "value:blob name:string", ("zt_blob", 32), aligned=False)
@@ -258,7 +258,7 @@ add("VynParams", "array_in_itself", "The list's bytes are also an element's valu
     change=lambda m: m.point("params[0].value", 0, 16),
     reads={"params": [{"name": "interval", "value": bytes.fromhex("10000000 08000000 00000000 10000000")}]})
 
-# --- products ----------------------------------------------------------------------------------------------------
+# --- Products ---
 
 UPD_CFG = {"field1": "channel", "field2": "stable"}
 NO_UPD_CFG = {"field1": "", "field2": ""}
@@ -320,7 +320,7 @@ add("ProductInfo", "overlapping", "All strings begin with the arena's first byte
     change=overlapping(("field2", 1), ("field4", 3), ("field5", 7)),
     reads=but(PRODUCT, field2="1", field4="1.2", field5="1.2.3bu"))
 
-# --- the device --------------------------------------------------------------------------------------------------
+# --- The device ---
 
 DEVICE_TEXTS = {"field1": 256, "field2": 128, "field6": 128, "field7": 128, "field9": 128, "field10": 256,
                 "field11": 128, "field12": 128, "field13": 128, "field15": 128}
@@ -345,7 +345,7 @@ add("DeviceInfo", "overlapping", "All strings begin with the arena's first byte.
 add("DeviceInfo", "bytes_with_zeros", "The sixteen bytes are no string: zeros among them stay.",
     but(NO_DEVICE, field14=bytes.fromhex("00 01 00 ff 00 00 7f 80 00 00 00 00 20 00 0a 00")), encode=True)
 
-# --- the licence -------------------------------------------------------------------------------------------------
+# --- The licence ---
 
 KEY = {"field1": 0x01010101, "field2": 0x02020202, "field3": 0x03030303, "field4": 1700000000, "field5": -2,
        "field6": 0x06060606, "field7": 0x07070707, "field8": "KEY-0001"}
@@ -406,7 +406,7 @@ add("AppInfo", "overlapping", "Product and device share a string.", APP,
     change=lambda m: m.point("deviceInfo.field9", *m.pointer("productInfo.field4")),
     reads=but(APP, deviceInfo__field9="Endpoint"))
 
-# --- files -------------------------------------------------------------------------------------------------------
+# --- Files ---
 
 NAME = "/var/log/vyn.log"
 usual("FileInfoParams", {"fileName": NAME}, {"fileName": ""}, "fileName:string", ("zt_string", 39), aligned=False)
@@ -450,7 +450,7 @@ add("FileChunk", "no_data", "A chunk without bytes.", but(CHUNK, data=b""), enco
 add("FileChunk", "overlapping", "The data is bytes of the name.", CHUNK,
     change=lambda m: m.point("data", 1, 3), reads=but(CHUNK, data=b"var"))
 
-# --- certificates ------------------------------------------------------------------------------------------------
+# --- Certificates ---
 
 CERT_PARAMS = {"field1": "-----BEGIN", "field2": "subject", "field3": True, "field4": 0x51525354}
 NO_CERT_PARAMS = {"field1": "", "field2": "", "field3": False, "field4": 0}
@@ -494,7 +494,7 @@ add("ClientCertsInfo", "overlapping", "Two entries share a string's slot.", CERT
     change=lambda m: m.point("certs[1].field4", *m.pointer("certs[0].field4")),
     reads=but(CERTS, certs__1__field4="label"))
 
-# --- update identifiers ------------------------------------------------------------------------------------------
+# --- Update identifiers ---
 
 IDENTIFIERS = [bytes(range(16 * i, 16 * i + 16)) for i in range(11)]
 add("VynUpdateIdentifier", "full", "Sixteen bytes; no arena is needed.", {"bytes": IDENTIFIERS[10]}, without=NULL,
@@ -534,7 +534,7 @@ for name, about, offset, size in (
     add(RECORD, f"identifiers_{name}", f"identifiers: {about} The range reader reports a full arena.", THREE,
         change=lambda m: m.point("identifiers", offset, size), raises=out_of_space())
 
-# --- subscriptions -----------------------------------------------------------------------------------------------
+# --- Subscriptions ---
 # In what order a set or a map is written is not fixed, so only those with one element are written again.
 
 SUBSCRIPTION = {"severity": 2, "eventTypes": ["ThreatDetected"]}
@@ -650,7 +650,7 @@ for i in range(4):
     add(RECORD, f"entries_{i}_outside", "Begins behind the arena's end.", {"hash": 9, "subscriptions": NAMED},
         change=lambda m: m.point(f"subscriptions.entries[{i}].eventTypes", 4096), raises=out_of_range("set", 4096))
 
-# --- events ------------------------------------------------------------------------------------------------------
+# --- Events ---
 # An event is read up to the arena's top, in strict bounds and without exceptions: what cannot be read stays empty,
 # the status says so, and the rest is read all the same.
 

@@ -1,21 +1,11 @@
-#!/usr/bin/env python3
 """A second account of the wire format, kept apart from the library so that the two can disagree.
 
 It lays out a record's wire structure and arena byte by byte, reads such bytes back, and writes both down as the
-message files of this folder, whose format README.md describes. The messages themselves are chosen in cases.py.
-
-    model.py --check   fails where a file is missing, differs from what is computed, or belongs to no case
-    model.py --write   brings the files up to date
+message files of this folder, whose format README.md describes. The messages themselves are chosen in cases.py;
+corpus.py keeps the files.
 """
 
-import sys
-
-sys.dont_write_bytecode = True
-
 import struct
-from pathlib import Path
-
-HERE = Path(__file__).resolve().parent
 
 # An arena of which there is nothing but a null pointer; one whose three addresses are null; and none at all, because
 # the conversion takes no arena.
@@ -50,7 +40,7 @@ def invalid_argument(file, line):
                   file=f"lyr_ipc/source/common/{folder}/{file}", line=line)
 
 
-# --- how values are written down ---------------------------------------------------------------------------------
+# --- How values are written down ---
 
 
 def as_bytes(text):
@@ -81,7 +71,7 @@ def hexadecimal(data):
     return data.hex(" ")
 
 
-# --- laying out --------------------------------------------------------------------------------------------------
+# --- Laying out ---
 
 
 class Cell:
@@ -158,7 +148,7 @@ class Layout:
         region.append(Cell(at, struct.pack("<II", offset, size), path, "pointer"))
 
 
-# --- reading -----------------------------------------------------------------------------------------------------
+# --- Reading ---
 
 
 class Received:
@@ -189,7 +179,7 @@ class Received:
         return [data[at : at + size] for at in range(0, len(data), size)]
 
 
-# --- what a member is on the wire --------------------------------------------------------------------------------
+# --- What a member is on the wire ---
 # Each kind writes a value at a place of a region, reads it from its own bytes, and shows it as named fields.
 
 
@@ -668,7 +658,7 @@ RECORDS["VynEvent"] = Record(136, 8,
     (64, "stringArray", EventTexts()))
 
 
-# --- messages ----------------------------------------------------------------------------------------------------
+# --- Messages ---
 
 
 class Message:
@@ -784,39 +774,3 @@ def text_of_cells(cells):
     width = max((len(data) for _, data, _ in rows), default=0)
     return [f"  {offset:04x}: {data:<{width}}  # {comment}" if comment else f"  {offset:04x}: {data}"
             for offset, data, comment in rows]
-
-
-def main(arguments):
-    if arguments not in (["--check"], ["--write"]):
-        print(__doc__, file=sys.stderr)
-        return 2
-    import cases
-
-    wanted = {}
-    for case in cases.all_cases():
-        assert case.path not in wanted, f"two cases are named {case.path}"
-        wanted[case.path] = case.text()
-    present = {str(path.relative_to(HERE)): path for path in HERE.rglob("*.msg")}
-    unlike = [name for name, text in wanted.items() if name not in present or present[name].read_text() != text]
-    unknown = sorted(set(present) - set(wanted))
-    if arguments == ["--write"]:
-        for name in unlike:
-            (HERE / name).parent.mkdir(exist_ok=True)
-            (HERE / name).write_text(wanted[name])
-        for name in unknown:
-            present[name].unlink()
-        print(f"{len(wanted)} messages, {len(unlike)} written, {len(unknown)} removed")
-        return 0
-    for name in unlike:
-        print(f"{name}: {'differs from the model' if name in present else 'is missing'}", file=sys.stderr)
-    for name in unknown:
-        print(f"{name}: belongs to no case", file=sys.stderr)
-    print(f"{len(wanted)} messages checked")
-    return 1 if unlike or unknown else 0
-
-
-if __name__ == "__main__":
-    # cases.py imports this file as a module; the two must be one.
-    sys.modules["model"] = sys.modules["__main__"]
-    sys.path.insert(0, str(HERE))
-    sys.exit(main(sys.argv[1:]))
