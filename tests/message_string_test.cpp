@@ -769,6 +769,18 @@ void OutgrowAHeapStringWithAKeeper()
     }
 }
 
+void OutgrowAHeapStringWithoutAKeeper()
+{
+    try {
+        ThrowingAllocator allocator("free");
+        wide_string string(u"longer than seven"sv, &allocator);
+        string.append(100, u'x');
+        std::exit(0);
+    } catch (const std::runtime_error&) {
+        std::exit(0);
+    }
+}
+
 } // namespace
 
 TEST(MessageStringDeathTest, EndsTheProcessWhenAnExceptionEscapesFromTheAllocatorObject)
@@ -780,4 +792,5 @@ TEST(MessageStringDeathTest, EndsTheProcessWhenAnExceptionEscapesFromTheAllocato
     EXPECT_EXIT(UseAHeapString("allocate"), testing::KilledBySignal(SIGABRT), "out of the allocator object");
     EXPECT_EXIT(UseAHeapString("free"), testing::KilledBySignal(SIGABRT), "out of the allocator object");
     EXPECT_EXIT(OutgrowAHeapStringWithAKeeper(), testing::KilledBySignal(SIGABRT), "out of the allocator object");
+    EXPECT_EXIT(OutgrowAHeapStringWithoutAKeeper(), testing::KilledBySignal(SIGABRT), "out of the allocator object");
 }
