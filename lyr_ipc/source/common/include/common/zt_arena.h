@@ -33,12 +33,11 @@ static_assert(std::is_trivially_copyable_v<zt_ptr_t> && std::is_trivially_copyab
 // callers that overwrite every one of them. All others reserve.
 inline void* zt_arena_claim(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
 {
-    const auto start = reinterpret_cast<std::uintptr_t>(arena->start);
     const auto top = reinterpret_cast<std::uintptr_t>(arena->top);
     const auto end = reinterpret_cast<std::uintptr_t>(arena->end);
 
     const std::uintptr_t aligned = (top + (alignment - 1)) & ~static_cast<std::uintptr_t>(alignment - 1);
-    if (aligned < start) return nullptr; // rounding up went past the last address
+    if (aligned < top) return nullptr; // rounding up went past the last address, and so below the start or to it
     const std::uintptr_t newTop = aligned + size;
     if (newTop < aligned) return nullptr; // a size that wraps around the address space
     if (newTop > end) return nullptr;
