@@ -6,6 +6,9 @@ compiler. With --update the list is written instead of compared.
 
 imported: every name that the library takes from elsewhere is in tests/imported_symbols.txt and none of them does
 input or output, starts or synchronises threads, or asks for the time or the environment.
+
+writable: what can be written once the library is loaded is in tests/writable_symbols.txt, and nothing hides between
+the objects named there; every other constant, and every address that the loader has filled in, is read-only by then.
 """
 import argparse
 import difflib
@@ -84,9 +87,61 @@ def check_imported(args):
     return problems
 
 
+def sections_that_stay_writable(readelf, library):
+    """Name to (address, size), without those that the loader seals once it has filled them in."""
+    sealed_end = 0  # what is sealed comes first, and may end inside a section
+    for line in run(readelf, "-lW", library).splitlines():
+        segment = line.split()
+        if segment and segment[0] == "GNU_RELRO":
+            sealed_end = int(segment[2], 16) + int(segment[5], 16)
+    sections = {}
+    for line in run(readelf, "-SW", library).splitlines():
+        section = re.match(r"\s*\[ *\d+\] (\S+)\s+\S+\s+([0-9a-f]+)\s+\w+\s+([0-9a-f]+)\s+\w+\s+(\w+)\s", line)
+        if section and "W" in section[4] and "A" in section[4]:
+            start, size = int(section[2], 16), int(section[3], 16)
+            if start + size > sealed_end:
+                sections[section[1]] = (start, size)
+    return sections
+
+
+def objects(readelf, library):
+    """Every object with a name and a size: (address, size, name)."""
+    found = set()
+    for line in run(readelf, "-sWC", library).splitlines():
+        symbol = re.match(r"\s*\d+: ([0-9a-f]+)\s+([1-9]\d*) (?:OBJECT|TLS)\s+\S+\s+\S+\s+\d+ (.+)", line)
+        if symbol:
+            found.add((int(symbol[1], 16), int(symbol[2]), symbol[3]))
+    return sorted(found)
+
+
+# No object here asks for more, so a wider gap between two of them is not there to align the second.
+WIDEST_GAP = 32
+
+
+def check_writable(args):
+    allowed = read_list(args.list)
+    problems = []
+    names = set()
+    for section, (start, size) in sections_that_stay_writable(args.readelf, args.library).items():
+        covered = start
+        inside = [entry for entry in objects(args.readelf, args.library) if start <= entry[0] < start + size]
+        for address, length, name in inside + [(start + size, 0, f"end of {section}")]:
+            if address - covered >= WIDEST_GAP:
+                problems.append(f"{section} holds {address - covered} bytes without a name before {name}")
+            covered = max(covered, address + length)
+        names.update(name for _, _, name in inside)
+    problems += [f"can be written, but is not in {args.list}: {name}" for name in sorted(names.difference(allowed))]
+    # The same objects with every compiler; their absence would mean that this looked in the wrong place.
+    problems += [f"{name} is not where it was expected" for name in allowed if name not in names]
+    return problems
+
+
+CHECKS = {"exported": check_exported, "imported": check_imported, "writable": check_writable}
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("kind", choices=("exported", "imported"))
+    parser.add_argument("kind", choices=sorted(CHECKS))
     parser.add_argument("library")
     parser.add_argument("list", type=pathlib.Path)
     parser.add_argument("--nm", default="nm")
@@ -94,7 +149,7 @@ def main():
     parser.add_argument("--update", action="store_true", help="write the list of exported names")
     args = parser.parse_args()
 
-    problems = check_exported(args) if args.kind == "exported" else check_imported(args)
+    problems = CHECKS[args.kind](args)
     for problem in problems:
         print(problem)
     return 1 if problems else 0

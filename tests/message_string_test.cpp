@@ -769,6 +769,17 @@ void OutgrowAHeapStringWithAKeeper()
     }
 }
 
+void OutgrowAHeapStringWithoutAKeeper()
+{
+    ThrowingAllocator allocator("free");
+    wide_string string(u"longer than seven"sv, &allocator);
+    try {
+        string.append(100, u'x');
+    } catch (const std::runtime_error&) { // before the string's own destructor could end the process
+    }
+    std::exit(0);
+}
+
 } // namespace
 
 TEST(MessageStringDeathTest, EndsTheProcessWhenAnExceptionEscapesFromTheAllocatorObject)
@@ -780,4 +791,5 @@ TEST(MessageStringDeathTest, EndsTheProcessWhenAnExceptionEscapesFromTheAllocato
     EXPECT_EXIT(UseAHeapString("allocate"), testing::KilledBySignal(SIGABRT), "out of the allocator object");
     EXPECT_EXIT(UseAHeapString("free"), testing::KilledBySignal(SIGABRT), "out of the allocator object");
     EXPECT_EXIT(OutgrowAHeapStringWithAKeeper(), testing::KilledBySignal(SIGABRT), "out of the allocator object");
+    EXPECT_EXIT(OutgrowAHeapStringWithoutAKeeper(), testing::KilledBySignal(SIGABRT), "out of the allocator object");
 }

@@ -27,6 +27,16 @@ static_assert(!std::is_convertible_v<Timestamp, std::int64_t>);
 static_assert(!std::is_convertible_v<std::chrono::nanoseconds, Timestamp>);
 static_assert(!std::is_convertible_v<Timestamp, std::chrono::nanoseconds>);
 
+// None of it can fail: code that must not throw relies on that.
+static_assert(std::is_nothrow_constructible_v<Timestamp, std::int64_t>);
+static_assert(std::is_nothrow_constructible_v<Timestamp, std::chrono::nanoseconds>);
+static_assert(std::is_nothrow_constructible_v<Timestamp, Timestamp::time_point>);
+static_assert(std::is_nothrow_constructible_v<Timestamp::time_point, Timestamp>);
+static_assert(std::is_nothrow_constructible_v<std::chrono::nanoseconds, Timestamp>);
+static_assert(noexcept(Timestamp{} == Timestamp{}) && noexcept(Timestamp{} != Timestamp{}));
+static_assert(noexcept(Timestamp{} < Timestamp{}) && noexcept(Timestamp{} <= Timestamp{}));
+static_assert(noexcept(Timestamp{} > Timestamp{}) && noexcept(Timestamp{} >= Timestamp{}));
+
 // All of it can be done at compile time.
 static_assert(Timestamp().count == 0);
 static_assert(Timestamp{5}.count == 5);

@@ -249,6 +249,17 @@ TEST(ArenaReserve, RefusesATopWhoseRoundingWrapsAroundTheAddressSpace)
     ExpectRefused(arena, lastAddress - 16, 8);
 }
 
+// Past the last address rounding arrives at null, which is the start of this arena.
+TEST(ArenaReserve, RefusesATopWhoseRoundingWrapsToTheStart)
+{
+    const zt_arena arena = MadeUp(0, lastAddress, lastAddress);
+
+    ExpectRefused(arena, 0, 2);
+    ExpectRefused(arena, 0, 8);
+    ExpectRefused(arena, 8, 8);
+    ExpectRefused(arena, lastAddress, 8);
+}
+
 TEST(ArenaReserve, RoundsUpToTheLastAlignedAddress)
 {
     zt_arena arena = MadeUp(lastAddress - 7, lastAddress - 7, lastAddress);

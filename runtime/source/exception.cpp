@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <cwchar>
+#include <memory>
 #include <string_view>
+#include <utility>
 
 namespace mur {
 
@@ -101,7 +103,19 @@ Exception::Exception(const Exception& other)
 {
 }
 
-Exception::~Exception() = default;
+// The innermost goes first, and each with nothing nested in it any more: a chain may be longer than the stack is deep.
+Exception::~Exception()
+{
+    std::unique_ptr<Exception> innermost;
+    while (nested != nullptr) {
+        std::swap(nested->nested, innermost);
+        std::swap(nested, innermost);
+    }
+    while (innermost != nullptr) {
+        std::unique_ptr<Exception> next = std::move(innermost->nested);
+        innermost = std::move(next);
+    }
+}
 
 types::wide_string Exception::Text() const
 {

@@ -1,6 +1,7 @@
 // The runtime's exceptions: a message, the place of the failed check and, for most, a result code. Callers catch
-// them by any class of the tree and may copy, rethrow or clone them without knowing the exact class. The order
-// of fields and of virtual functions is part of the binary interface.
+// them by any class of the tree and may copy, rethrow or clone them without knowing the exact class. Their functions
+// are the library's: whoever unloads it has let go of them before. The order of fields and of virtual functions is
+// part of the binary interface.
 #pragma once
 
 #include <mur/basic_string.h>
@@ -33,6 +34,7 @@ public:
     std::int32_t line = 0;      // 0 when not given
     std::int32_t detail = 0;    // free for whoever raises; 0 in everything this library raises
     types::wide_string message;
+    // A chain of any length is destroyed; copying goes into itself at each level, on no more than 1 KiB of stack.
     std::unique_ptr<Exception> nested;
 };
 

@@ -60,9 +60,9 @@ constexpr std::uintptr_t AlignUp(std::uintptr_t address, std::size_t alignment) 
 // callers that overwrite every one of them. All others reserve.
 inline void* Claim(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
 {
-    const std::uintptr_t aligned = AlignUp(reinterpret_cast<std::uintptr_t>(arena->top), alignment);
-    if (aligned < reinterpret_cast<std::uintptr_t>(arena->start))
-        return nullptr; // rounding up went past the last address
+    const auto top = reinterpret_cast<std::uintptr_t>(arena->top);
+    const std::uintptr_t aligned = AlignUp(top, alignment);
+    if (aligned < top) return nullptr; // rounding up went past the last address, and so below the start or to it
     const std::uintptr_t newTop = aligned + size;
     if (newTop < aligned) return nullptr; // a size that wraps around the address space
     if (newTop > reinterpret_cast<std::uintptr_t>(arena->end)) return nullptr;
