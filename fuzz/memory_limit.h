@@ -9,9 +9,13 @@
 #include <new>
 
 // Not inlined: GCC would see what belongs together in one place and not in the other, and warn.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    return size > model::memoryLimit ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
 [[gnu::noinline]] void* operator new(std::size_t size)
 {
-    void* const memory = size > model::memoryLimit ? nullptr : std::malloc(size == 0 ? 1 : size);
+    void* const memory = operator new(size, std::nothrow);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
