@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks which files include which: the runtime nothing of the conversion layer, public headers only each other,
-the standard library and fmt, tests and examples no private header. Takes the source tree's root."""
+the standard library and fmt, tests, fuzzers and examples no private header. Takes the source tree's root."""
 import pathlib
 import re
 import sys
@@ -50,11 +50,11 @@ def main():
             if not (name in public or name.startswith("fmt/") or STANDARD_HEADER.match(name)):
                 refuse(path, number, name, "a public header includes the standard library, fmt and public headers only")
 
-    for path in files(root, "tests", "examples"):
+    for path in files(root, "tests", "fuzz", "examples"):
         for number, quoted, name in includes(path):
             own_header = quoted and (path.parent / name).exists()
             if not own_header and pathlib.PurePath(name).name in private or "source/" in name:
-                refuse(path, number, name, "tests and examples include public headers only")
+                refuse(path, number, name, "tests, fuzzers and examples include public headers only")
 
     for problem in problems:
         print(problem)
