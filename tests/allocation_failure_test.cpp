@@ -143,7 +143,7 @@ private:
 
     std::size_t size;
     void* memory;
-    const Content* content = nullptr;
+    Content* content = nullptr;
 };
 
 template <typename Record>

@@ -50,11 +50,6 @@ void Fill(kind::List<MaxCount>, std::vector<Element>& values, const ChooseSize& 
     for (std::uint64_t count = choose(MaxCount); count > 0; --count)
         values.push_back(Make<Element>(choose));
 }
-template <std::int64_t MaxCount, typename Element>
-void Fill(kind::Range<MaxCount>, std::vector<Element>& values, const ChooseSize& choose)
-{
-    values.resize(choose(MaxCount));
-}
 template <typename ElementKind, typename Element>
 void Fill(kind::Optional<ElementKind>, std::optional<Element>& value, const ChooseSize& choose)
 {

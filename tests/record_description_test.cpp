@@ -39,9 +39,12 @@ namespace vyn_connector::common {
 
 // A kind of its own, as a record with a rule of its own has.
 namespace kind {
-struct Count {
-    template <typename D, typename W>
-    static constexpr bool fits = std::conjunction_v<std::is_same<D, Whole>, std::is_same<W, std::int32_t>>;
+struct Count : InPlace {
+    template <typename Domain, typename Wire>
+    static constexpr bool Joins()
+    {
+        return std::is_same_v<Domain, Whole> && std::is_same_v<Wire, std::int32_t>;
+    }
 };
 } // namespace kind
 

@@ -11,26 +11,13 @@
 
 namespace exchange {
 
-template <typename Record, typename Member>
-constexpr std::size_t FindLimit()
-{
-    std::size_t limit = 0;
-    vyn_connector::common::ForEachRow<Record>([&](auto row) {
-        if constexpr (std::is_same_v<typename decltype(row)::InDomain, Member>)
-            limit = static_cast<std::size_t>(decltype(row)::Kind::limit);
-    });
-    return limit;
-}
-template <typename Record, typename Value>
-Record RecordOf(Value Record::*member);
-
 // The most bytes of a string, or items of a list: `limitOf<&Record::member>`.
 template <auto Member>
-inline constexpr std::size_t limitOf = FindLimit<decltype(RecordOf(Member)), vyn_connector::common::Member<Member>>();
+inline constexpr std::size_t limitOf = vyn_connector::common::RowOf<Member>::Kind::limit;
 
 // The most items of a list that has no record around it.
 template <typename List>
-inline constexpr std::size_t itemLimitOf = FindLimit<List, vyn_connector::common::Itself<List>>();
+inline constexpr std::size_t itemLimitOf = vyn_connector::common::RowOfWhole<List>::Kind::limit;
 
 // Cuts whatever in the record is over its limit, and calls `tell` with a line about each.
 template <typename Record, typename Tell>

@@ -27,9 +27,35 @@ public:
 
 private:
     template <typename Kind, typename Value>
-    void Field(Kind, std::string_view name, const Value& value, int indent)
+    void Field(vyn_connector::common::kind::Secret<Kind>, std::string_view name, const Value&, int indent)
     {
-        Line(name, Masked(name, ToText(value)), indent);
+        Line(name, "********", indent);
+    }
+    template <typename Value>
+    void Field(vyn_connector::common::kind::InPlace, std::string_view name, const Value& value, int indent)
+    {
+        Line(name, ToText(value), indent);
+    }
+    template <std::size_t Max>
+    void Field(vyn_connector::common::kind::Text<Max>, std::string_view name, const std::string& value, int indent)
+    {
+        Line(name, ToText(value), indent);
+    }
+    void Field(vyn_connector::common::kind::Blob, std::string_view name, const std::vector<std::uint8_t>& value,
+               int indent)
+    {
+        Line(name, ToText(value), indent);
+    }
+    template <std::uint64_t Max, typename Kind, typename Value>
+    void Field(vyn_connector::common::kind::Set<Max, Kind>, std::string_view name, const Value& value, int indent)
+    {
+        Line(name, ToText(value), indent);
+    }
+    template <std::size_t Count, std::size_t Max, typename Value>
+    void Field(vyn_connector::common::kind::EventTexts<Count, Max>, std::string_view name, const Value& value,
+               int indent)
+    {
+        Line(name, ToText(value), indent);
     }
     template <typename Value>
     void Field(vyn_connector::common::kind::Nested, std::string_view name, const Value& value, int indent)
@@ -48,11 +74,6 @@ private:
     }
     template <std::uint64_t Max, typename Value>
     void Field(vyn_connector::common::kind::List<Max>, std::string_view name, const Value& values, int indent)
-    {
-        Items(name, values, indent);
-    }
-    template <std::int64_t Max, typename Value>
-    void Field(vyn_connector::common::kind::Range<Max>, std::string_view name, const Value& values, int indent)
     {
         Items(name, values, indent);
     }

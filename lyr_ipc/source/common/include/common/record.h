@@ -27,7 +27,8 @@
 //     Secret<K>      as K                            as K             as K; whatever prints leaves the value out
 //
 // Each kind stands in a header of its own in kind/, with all that it does. A record whose field follows a rule of its own
-// brings a kind of its own: subscriptions, update identifiers and events do.
+// brings a kind of its own, which derives from the one that it resembles and says what differs: subscriptions, update
+// identifiers and events do.
 #pragma once
 
 #include <common/detail/table.h>
@@ -95,6 +96,15 @@
                                                  offsetof(Domain, MEMBER)>{#MEMBER})
 
 namespace vyn_connector::common {
+
+// The row of a member, `RowOf<&ProxySettings::address>`, and of a list that has no record around it. Its `Kind::limit` is
+// what the member's writer accepts.
+template <auto Member>
+using RowOf = typename detail::OnlyRow<decltype(Description<typename detail::RecordOfMember<Member>::Type>::Rows(
+    detail::RowWith<detail::Member<Member>>{}))>::Type;
+template <typename List>
+using RowOfWhole =
+    typename detail::OnlyRow<decltype(Description<List>::Rows(detail::RowWith<detail::Itself<List>>{}))>::Type;
 
 // Whether the record's pair takes the arena as its last argument.
 template <typename Record>

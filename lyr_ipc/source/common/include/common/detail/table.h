@@ -207,6 +207,38 @@ bool SameMember(const Domain& a, const Domain& b)
     return true;
 }
 
+// The row, among a record's, that the member belongs to.
+template <typename DomainMember>
+struct RowWith {
+    template <typename... Rows>
+    constexpr auto operator()(Rows...) const
+    {
+        using Found = typename Join<RowList<>, std::conditional_t<Holds<Rows>(), RowList<Rows>, RowList<>>...>::Type;
+        return Found{};
+    }
+
+private:
+    template <typename Row>
+    static constexpr bool Holds()
+    {
+        if constexpr (isField<Row>) return std::is_same_v<typename Row::InDomain, DomainMember>;
+        return false;
+    }
+};
+template <typename Rows>
+struct OnlyRow;
+template <typename Row>
+struct OnlyRow<RowList<Row>> {
+    using Type = Row;
+};
+
+template <auto Pointer>
+struct RecordOfMember;
+template <typename Record, typename T, T Record::*Pointer>
+struct RecordOfMember<Pointer> {
+    using Type = Record;
+};
+
 template <typename Record, typename... Arena>
 constexpr auto HasPair(const Record& value, Arena*... arena)
     -> decltype(Description<Record>::Write(value, arena...), std::true_type{});

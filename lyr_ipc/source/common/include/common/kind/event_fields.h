@@ -6,6 +6,7 @@
 
 #include <common/detail/put.h>
 #include <common/kind/in_place.h>
+#include <common/kind/text.h>
 
 #include <algorithm>
 #include <string>
@@ -75,17 +76,7 @@ constexpr std::size_t EventTextSize(std::size_t size, std::size_t limit)
 namespace vyn_connector::common::kind {
 
 template <std::size_t MaxBytes>
-struct EventText {
-    static constexpr std::size_t limit = MaxBytes;
-
-    template <typename Domain, typename Wire>
-    static constexpr bool Joins()
-    {
-        static_assert(std::is_same_v<Domain, std::string> && std::is_same_v<Wire, zt_ptr_t>,
-                      "an EventText joins a std::string and a zt_ptr_t");
-        return true;
-    }
-
+struct EventText : Text<MaxBytes> {
     template <typename Wire>
     static void Write(const std::string& value, std::uint8_t* wire, zt_arena& arena, detail::Status& status)
     {
@@ -124,7 +115,7 @@ struct EventText {
 template <std::size_t Count, std::size_t MaxBytes>
 struct EventTexts {
     static constexpr std::size_t limit = MaxBytes;
-    using Text = EventText<MaxBytes>;
+    using Element = EventText<MaxBytes>;
 
     template <typename Domain, typename Wire>
     static constexpr bool Joins()
@@ -138,7 +129,7 @@ struct EventTexts {
     static void Write(const Domain& values, std::uint8_t* wire, zt_arena& arena, detail::Status& status)
     {
         for (const std::string& value : values) {
-            Text::template Write<zt_ptr_t>(value, wire, arena, status);
+            Element::template Write<zt_ptr_t>(value, wire, arena, status);
             wire += sizeof(zt_ptr_t);
         }
     }
@@ -146,7 +137,7 @@ struct EventTexts {
     static void Read(const std::uint8_t* wire, Domain& values, const zt_arena& arena, detail::Status& status)
     {
         for (std::string& value : values) {
-            Text::template Read<zt_ptr_t>(wire, value, arena, status);
+            Element::template Read<zt_ptr_t>(wire, value, arena, status);
             wire += sizeof(zt_ptr_t);
         }
     }
@@ -155,7 +146,7 @@ struct EventTexts {
     static std::string FaultOnWriting(const Domain& values)
     {
         for (std::size_t i = 0; i < Count; ++i) {
-            const std::string fault = Text::FaultOnWriting(values[i]);
+            const std::string fault = Element::FaultOnWriting(values[i]);
             if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
         }
         return {};
@@ -163,7 +154,7 @@ struct EventTexts {
     static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
     {
         for (std::size_t i = 0; i < Count; ++i) {
-            const std::string fault = Text::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
+            const std::string fault = Element::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
             if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
         }
         return {};
@@ -173,7 +164,7 @@ struct EventTexts {
     static std::uintptr_t After(const Domain& values, std::uintptr_t at)
     {
         for (const std::string& value : values)
-            at = Text::After(value, at);
+            at = Element::After(value, at);
         return at;
     }
     template <typename Domain>
@@ -205,17 +196,8 @@ struct EventNumber : Number {
 };
 
 // Written unchecked. On reading, a value that no severity has clears the status and is kept all the same.
-struct EventSeverity {
+struct EventSeverity : Enumeration {
     static constexpr std::uint32_t highest = 3;
-
-    template <typename Domain, typename Wire>
-    static constexpr bool Joins()
-    {
-        static_assert(std::is_same_v<std::underlying_type_t<Domain>, std::int32_t> &&
-                          std::is_same_v<Wire, std::uint32_t>,
-                      "an EventSeverity joins the severity and a std::uint32_t");
-        return true;
-    }
 
     template <typename Wire, typename Domain>
     static void Write(const Domain& value, std::uint8_t* wire, zt_arena&, detail::Status&)
@@ -239,17 +221,6 @@ struct EventSeverity {
     {
         const auto value = detail::Load<std::uint32_t>(wire);
         return value <= highest ? "" : ": " + std::to_string(value) + " is greater than " + std::to_string(highest);
-    }
-
-    template <typename Domain>
-    static constexpr std::uintptr_t After(const Domain&, std::uintptr_t at)
-    {
-        return at;
-    }
-    template <typename Domain>
-    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
-    {
-        return at;
     }
 };
 

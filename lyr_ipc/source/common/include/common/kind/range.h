@@ -9,25 +9,15 @@
 
 namespace vyn_connector::common::kind {
 
-template <std::int64_t MaxCount>
-struct Range {
-    static constexpr std::int64_t limit = MaxCount;
-
-    template <typename Domain, typename Wire>
-    static constexpr bool Joins()
-    {
-        static_assert(detail::isVectorOfRecords<Domain> && std::is_same_v<Wire, zt_ptr_t>,
-                      "a Range joins a std::vector of described records and a zt_ptr_t");
-        return true;
-    }
-
+template <std::uint64_t MaxCount>
+struct Range : List<MaxCount> {
     template <typename Wire, typename Iterator>
     static void Write(const std::pair<Iterator, Iterator>& range, std::uint8_t* wire, zt_arena* arena)
     {
         using Record = typename std::iterator_traits<Iterator>::value_type;
         zt_ptr_t pointer{};
-        RangeToZt<MaxCount, WireOf<Record>>(range.first, range.second, &pointer, arena,
-                                            WriterOf<Record>{&detail::WriteElement<Record>});
+        RangeToZt<static_cast<std::int64_t>(MaxCount), WireOf<Record>>(range.first, range.second, &pointer, arena,
+                                                                       WriterOf<Record>{&detail::WriteElement<Record>});
         detail::Store(wire, pointer);
     }
     // An empty range cannot be written either way.
@@ -36,9 +26,10 @@ struct Range {
                                                   std::size_t at, detail::Room room)
     {
         using Record = typename std::iterator_traits<Iterator>::value_type;
-        const std::int64_t count = range.second - range.first;
-        if (count <= 0 || count > MaxCount) return detail::refused;
-        return detail::PutElements<WireOf<Record>>(range.first, static_cast<std::size_t>(count), wire, at, room,
+        if (!(range.first < range.second)) return detail::refused;
+        const auto count = static_cast<std::size_t>(range.second - range.first);
+        if (count > MaxCount) return detail::refused;
+        return detail::PutElements<WireOf<Record>>(range.first, count, wire, at, room,
                                                    detail::PutElement<Record>(room));
     }
     // The capacity is reserved from the byte count, sixteen times what the elements need, and before any test: what a
@@ -70,11 +61,6 @@ struct Range {
     static std::uintptr_t After(const std::vector<Record>& values, std::uintptr_t at)
     {
         return After(std::pair(values.begin(), values.end()), at);
-    }
-    template <typename Domain>
-    static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
-    {
-        return List<static_cast<std::uint64_t>(MaxCount)>::template MostAfter<Domain>(at);
     }
 };
 
