@@ -1,6 +1,8 @@
 // What readers allocate, and what they do when they cannot: this program's operator new counts, fills with stale bytes
 // and fails on demand, also for the library's allocations.
 #include <common/connection_settings.h>
+#include <common/zt_range.h>
+#include <common/zt_set.h>
 
 #include "arena.h"
 #include "elements.h"

@@ -143,21 +143,22 @@ TEST(Description, KeepsTheOrderOfTheTable)
 }
 
 template <typename... Rows>
-StringList LinesOf(RowList<Rows...>, const std::map<std::size_t, std::string>& nameAtOffset)
+StringList LinesOf(vyn_connector::common::detail::RowList<Rows...>,
+                   const std::map<std::size_t, std::string>& nameAtOffset)
 {
     return {nameAtOffset.at(Rows::domainOffset)...};
 }
 
 TEST(Description, SortsTheMembersByTheirPlaceInTheRecord)
 {
-    EXPECT_EQ(LinesOf(MembersInOrder<Shuffled>{}, {{offsetof(Shuffled, last), "last"},
-                                                   {offsetof(Shuffled, first), "first"},
-                                                   {offsetof(Shuffled, atHome), "atHome"},
-                                                   {offsetof(Shuffled, middle), "middle"}}),
+    EXPECT_EQ(LinesOf(detail::MembersInOrder<Shuffled>{}, {{offsetof(Shuffled, last), "last"},
+                                                           {offsetof(Shuffled, first), "first"},
+                                                           {offsetof(Shuffled, atHome), "atHome"},
+                                                           {offsetof(Shuffled, middle), "middle"}}),
               (StringList{"last", "first", "atHome", "middle"}));
-    EXPECT_EQ(LinesOf(MembersInOrder<ProxySettings>{}, {{offsetof(ProxySettings, address), "address"},
-                                                        {offsetof(ProxySettings, port), "port"},
-                                                        {offsetof(ProxySettings, credentials), "credentials"}}),
+    EXPECT_EQ(LinesOf(detail::MembersInOrder<ProxySettings>{}, {{offsetof(ProxySettings, address), "address"},
+                                                                {offsetof(ProxySettings, port), "port"},
+                                                                {offsetof(ProxySettings, credentials), "credentials"}}),
               (StringList{"address", "port", "credentials"}));
 }
 

@@ -83,7 +83,7 @@ TEST(ArenaTypes, NoOperationThrows)
     const zt_ptr_t pointer{};
     std::size_t count = 0;
     EXPECT_TRUE(noexcept(zt_arena_reserve(&arena, 0, 1)));
-    EXPECT_TRUE(noexcept(zt_arena_claim(&arena, 0, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::Claim(&arena, 0, 1)));
     EXPECT_TRUE(noexcept(zt_arena_resolve(&arena, &pointer, 1, &count)));
 }
 
@@ -307,7 +307,7 @@ TEST(ArenaClaim, MovesTheTopAndLeavesTheBytesAsTheyWere)
 {
     TestArena arena(24, 8, 5);
 
-    EXPECT_EQ(zt_arena_claim(arena.Get(), 8, 4), arena.Start() + 8);
+    EXPECT_EQ(vyn_connector::common::detail::Claim(arena.Get(), 8, 4), arena.Start() + 8);
     EXPECT_EQ(arena.Top(), 16u);
     EXPECT_EQ(arena.Contents(), Bytes("A5*24"));
 }
@@ -326,7 +326,8 @@ TEST(ArenaClaim, TakesWhatAReservationTakes)
                         ++aligned;
                     const bool fits = aligned + size <= 24;
 
-                    EXPECT_EQ(zt_arena_claim(arena.Get(), size, alignment), fits ? arena.Start() + aligned : nullptr);
+                    EXPECT_EQ(vyn_connector::common::detail::Claim(arena.Get(), size, alignment),
+                              fits ? arena.Start() + aligned : nullptr);
 
                     EXPECT_EQ(arena.Top(), fits ? aligned + size : top);
                     EXPECT_EQ(arena.Contents(), Bytes("A5*24"));
@@ -340,7 +341,7 @@ TEST(ArenaClaim, RefusesWhatWrapsAroundTheAddressSpace)
           std::tuple(MadeUp(0x10000, 0x10008, 0x20000), std::numeric_limits<std::size_t>::max(), std::size_t{1}),
           std::tuple(MadeUp(0, 0, 0), std::size_t{1}, std::size_t{1})}) {
         zt_arena changed = arena;
-        EXPECT_EQ(zt_arena_claim(&changed, size, alignment), nullptr);
+        EXPECT_EQ(vyn_connector::common::detail::Claim(&changed, size, alignment), nullptr);
         ExpectSame(changed, arena);
     }
 }

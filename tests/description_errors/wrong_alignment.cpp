@@ -1,4 +1,4 @@
-// error: the wire structure has not the size and alignment that its table gives
+// error: the wire structure does not have the size and alignment that its table gives
 //
 // The wire structure is aligned to 4.
 #include "sample.h"

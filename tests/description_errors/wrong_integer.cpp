@@ -1,4 +1,4 @@
-// error: the row's kind does not join these two members
+// error: a Number joins two integers of one type
 //
 // flag is a bool in the record.
 #include "sample.h"

@@ -1,4 +1,4 @@
-// error: the row's kind does not join these two members
+// error: a Blob joins a std::vector<std::uint8_t> and a zt_ptr_t
 //
 // text is no vector of bytes.
 #include "sample.h"

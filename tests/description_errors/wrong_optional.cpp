@@ -1,4 +1,4 @@
-// error: the row's kind does not join these two members
+// error: a Time joins a wem::types::Timestamp and a std::int64_t
 //
 // The slot of an optional string holds a pointer, not a count.
 #include "sample.h"

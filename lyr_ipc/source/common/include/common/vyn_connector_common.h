@@ -12,6 +12,7 @@
 #include <common/file_transfer.h>
 #include <common/id_specification.h>
 #include <common/license_info.h>
+#include <common/message.h>
 #include <common/product_status.h>
 #include <common/server_connection.h>
 #include <common/subscriptions.h>

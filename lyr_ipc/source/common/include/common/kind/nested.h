@@ -3,15 +3,22 @@
 
 #include <common/detail/derived.h>
 
+namespace vyn_connector::common::detail {
+
+template <typename Domain, typename Wire, typename = void>
+inline constexpr bool isWireOf = false;
+template <typename Domain, typename Wire>
+inline constexpr bool isWireOf<Domain, Wire, std::enable_if_t<std::is_same_v<WireOf<Domain>, Wire>>> = true;
+
+} // namespace vyn_connector::common::detail
+
 namespace vyn_connector::common::kind {
 
 struct Nested {
     template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(isDescribed<Domain>, "what is Nested is a described record");
-        if constexpr (isDescribed<Domain>)
-            static_assert(std::is_same_v<WireOf<Domain>, Wire>, "a Nested joins a record and its own wire structure");
+        static_assert(detail::isWireOf<Domain, Wire>, "a Nested joins a described record and its own wire structure");
         return true;
     }
     template <typename Value>

@@ -1,0 +1,23 @@
+// error: a Nested joins a described record and its own wire structure
+//
+// An integer has no table.
+#include "sample.h"
+
+namespace vyn_connector {
+
+struct Plain {
+    std::uint64_t number{};
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Plain {
+    std::uint64_t number;
+};
+
+namespace vyn_connector::common {
+
+VYN_RECORD(Plain, Plain, 8, 8,
+    VYN_FIELD(0, 8, number, Nested));
+
+} // namespace vyn_connector::common
