@@ -38,7 +38,7 @@ typename Row::InDomain::Type ReadRow(const std::uint8_t* wire, Bounds arena)
 // Braces keep the order of their elements, so the members are read in the order in which they are built. Where one
 // cannot be read, those built before it are destroyed.
 template <typename Domain, typename... Rows>
-Domain Build(RowList<Rows...>, const std::uint8_t* wire, Bounds arena)
+[[gnu::always_inline]] inline Domain Build(RowList<Rows...>, const std::uint8_t* wire, Bounds arena)
 {
     if constexpr ((std::is_same_v<typename Rows::InDomain, Itself<Domain>> && ...))
         return (ReadRow<Rows>(wire, arena), ...);
@@ -49,8 +49,9 @@ Domain Build(RowList<Rows...>, const std::uint8_t* wire, Bounds arena)
 template <typename Domain, typename Source>
 [[gnu::cold, gnu::noinline]] void WriteRecord(const Source& value, std::uint8_t* wire, zt_arena* arena)
 {
-    Description<Domain>::Rows(
-        [&](auto... row) __attribute__((always_inline)) { (WriteRow<decltype(row)>(value, wire, arena), ...); });
+    Description<Domain>::Rows([&](auto... row) __attribute__((always_inline)) {
+        (WriteRow<decltype(row)>(value, wire, arena), ...);
+    });
 }
 
 template <typename Domain, typename Source>
@@ -65,6 +66,12 @@ template <typename Domain, typename Source>
 
 template <typename Domain>
 [[gnu::noinline]] Domain ReadRecord(const std::uint8_t* wire, Bounds arena)
+{
+    return Build<Domain>(MembersInOrder<Domain>{}, wire, arena);
+}
+
+template <typename Domain>
+[[gnu::always_inline]] inline Domain ReadElement(const std::uint8_t* wire, Bounds arena)
 {
     return Build<Domain>(MembersInOrder<Domain>{}, wire, arena);
 }

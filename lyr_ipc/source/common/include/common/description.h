@@ -33,6 +33,12 @@ inline constexpr bool isField = false;
 template <typename Row>
 inline constexpr bool isField<Row, std::void_t<typename Row::Kind>> = true;
 
+// A row that has a member of the domain record: a field, or a member that does not travel.
+template <typename Row, typename = void>
+inline constexpr bool isInDomain = false;
+template <typename Row>
+inline constexpr bool isInDomain<Row, std::void_t<typename Row::InDomain>> = true;
+
 // Calls `visit(row)` for each row of the record's table, in the order of the wire.
 template <typename Domain, typename Visit>
 constexpr void ForEachRow(Visit&& visit)

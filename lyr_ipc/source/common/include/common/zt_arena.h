@@ -30,24 +30,31 @@ static_assert(std::is_trivially_copyable_v<zt_ptr_t> && std::is_trivially_copyab
 
 namespace vyn_connector::common::detail {
 
-// The two ends of an arena, as they are held in registers while a message is written or read.
+// Where an arena is read: its start, and what offset + size of a pointer into it stay below. Two words, held in registers
+// while a message is read.
 struct Bounds {
     std::uintptr_t start;
-    std::uintptr_t end;
+    std::uintptr_t limit; // one more than the arena's size; 0: not even an empty array lies in it
 };
 
+// An arena whose end lies before its start holds nothing; one of all addresses is as good as one of an address less.
+constexpr Bounds BoundsBetween(std::uintptr_t start, std::uintptr_t end) noexcept
+{
+    const std::uintptr_t size = end - start;
+    const bool isWhole = size + 1 == 0;
+    return {start, end < start ? 0 : size + (isWhole ? 0 : 1)};
+}
+
 // Returns the address that `ptr` names, or 0 where its bytes do not lie before the arena's end or are not a whole
-// number of elements. This is the one test that stands between a hostile message and memory outside its arena.
-// Deliberately not tested: the top (data behind it resolves) and the address's alignment (read elements with memcpy).
+// number of elements. This is the one test that stands between a hostile message and memory outside its arena. The sum
+// of two 32-bit numbers cannot wrap in 64 bits, so neither an offset that would lead back below the arena nor a size
+// that would seem to end inside it gets past the comparison. Deliberately not tested: the top (data behind it resolves)
+// and the address's alignment (read elements with memcpy).
 constexpr std::uintptr_t Resolve(Bounds arena, zt_ptr_t ptr, std::size_t elementSize) noexcept
 {
-    const std::uintptr_t address = arena.start + ptr.offset;
-    if (address < arena.start) return 0; // an offset that wraps back below the arena
-    const std::uintptr_t last = address + ptr.size;
-    if (last < address) return 0; // a size that wraps, so that the end would seem to be inside
-    if (last > arena.end) return 0;
+    if (std::uint64_t{ptr.offset} + ptr.size >= arena.limit) return 0;
     if (elementSize > 1 && ptr.size % elementSize != 0) return 0; // part of an element
-    return address;
+    return arena.start + ptr.offset;
 }
 
 constexpr std::uintptr_t AlignUp(std::uintptr_t address, std::size_t alignment) noexcept
@@ -90,9 +97,10 @@ inline void* zt_arena_reserve(zt_arena* arena, std::size_t size, std::size_t ali
 inline void* zt_arena_resolve(const zt_arena* arena, const zt_ptr_t* ptr, std::size_t elementSize,
                               std::size_t* count) noexcept
 {
-    const vyn_connector::common::detail::Bounds bounds{reinterpret_cast<std::uintptr_t>(arena->start),
-                                                       reinterpret_cast<std::uintptr_t>(arena->end)};
-    const std::uintptr_t address = vyn_connector::common::detail::Resolve(bounds, *ptr, elementSize);
+    using namespace vyn_connector::common::detail;
+    const Bounds bounds =
+        BoundsBetween(reinterpret_cast<std::uintptr_t>(arena->start), reinterpret_cast<std::uintptr_t>(arena->end));
+    const std::uintptr_t address = Resolve(bounds, *ptr, elementSize);
     if (address != 0) *count = ptr->size / elementSize;
     return reinterpret_cast<void*>(address);
 }

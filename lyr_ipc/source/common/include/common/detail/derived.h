@@ -22,6 +22,10 @@ std::size_t PutRecord(const Source& value, std::uint8_t* wire, std::size_t at, R
 template <typename Domain>
 Domain ReadRecord(const std::uint8_t* wire, Bounds arena);
 
+// The same for the elements of a list: inlined into its loop.
+template <typename Domain>
+Domain ReadElement(const std::uint8_t* wire, Bounds arena);
+
 // Where the top stands after the record is written, from a top at `at`; and after the largest one that a writer accepts.
 // Positions are addresses, or their remainders by 8.
 template <typename Domain, typename Source>

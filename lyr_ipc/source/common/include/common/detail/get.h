@@ -8,25 +8,26 @@
 namespace vyn_connector::common::detail {
 
 // What a null arena is read as: nothing lies in it, so the first pointer that is looked at fails.
-inline constexpr Bounds nullArena{1, 0};
+inline constexpr Bounds nullArena{0, 0};
 
 inline Bounds BoundsOf(const zt_arena* arena) noexcept
 {
     if (arena == nullptr) return nullArena;
-    return {reinterpret_cast<std::uintptr_t>(arena->start), reinterpret_cast<std::uintptr_t>(arena->end)};
+    return BoundsBetween(reinterpret_cast<std::uintptr_t>(arena->start), reinterpret_cast<std::uintptr_t>(arena->end));
 }
 
 // Raises what the codec raises for a pointer that does not resolve; a codec without words of its own, arena exhaustion.
 [[noreturn, gnu::cold, gnu::noinline]] inline void RaiseUnresolved(const char* file, int arenaCheck, const char* text,
                                                                    Bounds arena, zt_ptr_t pointer)
 {
-    if (arena.start == nullArena.start && arena.end == nullArena.end) mur::raise_invalid_argument(file, arenaCheck);
+    if (arena.start == nullArena.start && arena.limit == nullArena.limit) mur::raise_invalid_argument(file, arenaCheck);
     if (text == nullptr) mur::raise_result_code(mur::resultOutOfSpace);
     RaiseOutside(text, pointer.offset);
 }
 
 // The first of the bytes that `pointer` names.
-inline const std::uint8_t* Get(const Codec& codec, zt_ptr_t pointer, Bounds arena, std::size_t elementSize)
+[[gnu::always_inline]] inline const std::uint8_t* Get(const Codec& codec, zt_ptr_t pointer, Bounds arena,
+                                                      std::size_t elementSize)
 {
     const std::uintptr_t address = Resolve(arena, pointer, elementSize);
     if (address == 0) RaiseUnresolved(codec.file, codec.reading.arena, codec.outside, arena, pointer);

@@ -79,11 +79,6 @@ struct DomainOnly {
 };
 
 template <typename Row, typename = void>
-inline constexpr bool isInDomain = false;
-template <typename Row>
-inline constexpr bool isInDomain<Row, std::void_t<typename Row::InDomain>> = true;
-
-template <typename Row, typename = void>
 inline constexpr bool isOnWire = false;
 template <typename Row>
 inline constexpr bool isOnWire<Row, std::void_t<decltype(Row::width)>> = true;

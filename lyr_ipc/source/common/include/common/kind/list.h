@@ -47,7 +47,7 @@ public:
 
     auto operator*() const
     {
-        return Lazy{[*this] { return ReadRecord<Record>(element, arena); }};
+        return Lazy{[*this] { return ReadElement<Record>(element, arena); }};
     }
     using reference = Record;
     ElementReader& operator++()

@@ -43,7 +43,7 @@ struct Range : List<MaxCount> {
         if (pointer.size != 0) values.reserve(pointer.size);
         const std::uint8_t* element = detail::Get(detail::codec::range, pointer, arena, sizeof(WireOf<Record>));
         for (const std::uint8_t* const end = element + pointer.size; element != end; element += sizeof(WireOf<Record>))
-            values.push_back(detail::ReadRecord<Record>(element, arena));
+            values.push_back(detail::ReadElement<Record>(element, arena));
         return values;
     }
 
