@@ -9,7 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <poll.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -72,7 +72,7 @@ int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
 int EndOf(pid_t connector, const Options& options)
 {
     constexpr int patienceMilliseconds = 5000;
-    const Descriptor process(pidfd_open(connector, 0), "pidfd_open");
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, connector, 0)), "pidfd_open");
     pollfd end{process.Get(), POLLIN, 0};
     const bool isStuck = poll(&end, 1, patienceMilliseconds) != 1;
     if (isStuck) kill(connector, SIGKILL);

@@ -158,6 +158,17 @@ class Case(unittest.TestCase):
         self.addCleanup(process.kill)
         return process
 
+    def child_of(self, process):
+        """The connector, where one program is both sides."""
+        children = f"/proc/{process.pid}/task/{process.pid}/children"
+        self.wait_for(lambda: open(children).read(), "there is no child")
+        with open(children) as file:
+            return int(file.read())
+
+    def assert_ended(self, pid):
+        with self.assertRaises(ProcessLookupError):
+            os.kill(pid, 0)
+
     def finish(self, process):
         out, err = process.communicate(timeout=120)
         return subprocess.CompletedProcess(process.args, process.returncode, out, err)

@@ -8,6 +8,7 @@ import resource
 import signal
 import struct
 import subprocess
+import threading
 import unittest
 
 from exchange import MIB, Case, file_chunk, file_chunk_params, file_info, frame
@@ -69,12 +70,56 @@ class FileTransfer(Case):
         self.assert_refused(self.finish(connector), "exchange: connector: the peer has closed the connection", 2)
         self.assertEqual(self.left_over(), ["large.part"])
 
-    def test_what_was_left_of_another_content_is_not_taken_for_this_one(self):
+    def test_a_part_file_that_is_not_of_this_file_stays_as_it_is(self):
         path = self.write("file", b"right" * 40000)
-        self.write("received/file.part", b"wrong" * 20000)
-        self.assert_refused(self.transfer(path, "--resume"),
-                            f"exchange: server: {path}: what was received has another SHA-256")
-        self.assertEqual(self.left_over(), [])
+        for content in b"wrong" * 20000, b"right" * 40001:
+            part = self.write("received/file.part", content)
+            for options in [], ["--resume"]:
+                self.assert_refused(self.transfer(path, *options),
+                                    f"exchange: server: {part}: not a part of {path}; it stays as it is: remove it, or "
+                                    "choose another --into")
+                with open(part, "rb") as file:
+                    self.assertEqual(file.read(), content)
+
+    def test_a_part_file_with_a_second_name_stays_as_it_is(self):
+        path = self.write("file", b"right" * 40000)
+        other = self.write("precious", b"")
+        os.makedirs(self.path("received"))
+        os.link(other, self.received("file.part"))
+        self.assert_refused(self.transfer(path), f"exchange: server: {self.received('file.part')}: has a second name, "
+                                                 "whose file would change as well")
+        self.assertEqual(os.stat(other).st_size, 0)
+
+    def test_a_part_file_that_is_a_link_or_no_file(self):
+        path = self.write("file", b"abc")
+        other = self.write("precious", b"ab")
+        os.makedirs(self.path("received"))
+        part = self.received("file.part")
+        os.symlink(other, part)
+        self.assert_refused(self.transfer(path), f"exchange: server: {part}: Too many levels of symbolic links")
+        os.unlink(part)
+        os.mkfifo(part)
+        self.assert_refused(self.transfer(path), f"exchange: server: {part}: not a regular file")
+
+    def test_a_file_that_is_completed_while_another_server_opens_it(self):
+        """A lease makes the server's open() wait until the file has been completed under its feet."""
+        path = self.write("file", b"right" * 10)
+        part = self.write("received/file.part", b"right" * 10)
+        opening = threading.Event()
+        old = signal.signal(signal.SIGIO, lambda *_: opening.set())
+        self.addCleanup(signal.signal, signal.SIGIO, old)
+        with open(part, "rb+") as lease:
+            fcntl.fcntl(lease, fcntl.F_SETLEASE, fcntl.F_WRLCK)
+            server = self.start("--record", "file", "--file", path)
+            self.assertTrue(opening.wait(60), "the part file is not opened")
+            os.rename(part, self.received("file"))
+            completed = os.stat(self.received("file")).st_ino
+            os.link(self.received("file"), self.path("completed"))
+            fcntl.fcntl(lease, fcntl.F_SETLEASE, fcntl.F_UNLCK)
+        self.assertEqual((self.finish(server).returncode, self.left_over()), (0, ["file"]))
+        with open(self.path("completed"), "rb") as file:
+            self.assertEqual((os.fstat(file.fileno()).st_ino, file.read()), (completed, b"right" * 10))
+        self.assertNotEqual(os.stat(self.received("file")).st_ino, completed)
 
     def test_a_missing_or_unreadable_file(self):
         self.assert_refused(self.transfer(self.path("none")),
@@ -86,21 +131,50 @@ class FileTransfer(Case):
             self.assert_refused(self.transfer(path), f"exchange: connector: {path}: not a regular file")
         self.assertEqual(self.left_over(), [])
 
-    def test_more_than_there_is_to_resume_begins_anew(self):
-        content = b"right" * 10
-        path = self.write("file", content)
-        self.write("received/file.part", b"wrong" * 20)
-        result = self.transfer(path, "--resume")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        self.assert_received(path, content)
+    def test_a_file_whose_size_is_not_what_it_holds(self):
+        for path, fault in (("/proc/cpuinfo", "more than its size says, as files under /proc do"),
+                            ("/sys/kernel/mm/transparent_hugepage/enabled",
+                             "less than its size says, as files under /sys do")):
+            self.assert_refused(self.transfer(path), f"exchange: connector: {path}: holds {fault}")
+        self.assertEqual(self.left_over(), [])
 
-    def test_without_resume_what_was_left_is_dropped(self):
+    def test_a_digest_is_computed_once_however_often_it_is_asked_for(self):
+        path = self.write("file", b"")
+        os.truncate(path, 256 * MIB)
+        connector, peer = self.connect("--record", "file", "--file", path)
+        peer.sendall(frame("FileInfoParams", struct.pack("=II", 0, len(path)), path.encode()))
+        self.receive(peer)
+
+        def seconds():
+            with open(f"/proc/{connector.pid}/stat") as file:
+                return int(file.read().rsplit(")", 1)[1].split()[11]) / os.sysconf("SC_CLK_TCK")
+
+        def ask(offset):
+            peer.sendall(file_chunk_params(path, offset, 0))
+            return self.receive(peer)[2][len(path):]
+        zeros = bytes(MIB)
+        self.assertEqual(ask(MIB), hashlib.sha256(zeros).digest())
+        digest = ask(256 * MIB)
+        once = seconds()
+        self.assertEqual(digest, hashlib.sha256(zeros * 256).digest())
+        for _ in range(100):
+            self.assertEqual(ask(256 * MIB), digest)
+        self.assertLess(seconds() - once, max(5 * once, 0.5))
+        peer.sendall(file_chunk_params(path, MIB, 0))
+        self.assert_refused(self.finish(connector),
+                            "exchange: connector: FileChunkParams: the peer asks for a digest that is over")
+
+    def test_only_with_resume_it_goes_on_from_what_was_left(self):
         content = b"right" * 10
         path = self.write("file", content)
-        self.write("received/file.part", b"wrong")
-        result = self.transfer(path)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        self.assert_received(path, content)
+        for left in 0, 1, 49, 50:
+            for options in [], ["--resume"]:
+                self.write("received/file.part", content[:left])
+                result = self.transfer(path, *options)
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+                self.assert_received(path, content)
+                goes_on = f"goes on after {left} bytes" in self.lines(result.stdout)
+                self.assertEqual(goes_on, bool(options) and left > 0)
 
     def test_a_file_of_that_name_stays_as_it_is_until_the_new_one_is_complete(self):
         path = self.write("file", os.urandom(4 * MIB))

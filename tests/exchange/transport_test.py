@@ -1,11 +1,15 @@
 """What travels between the two sides: hostile peers, and captures."""
 
+import fcntl
 import os
 import resource
+import shutil
+import socket
 import struct
+import time
 import unittest
 
-from exchange import END, Case, frame, state
+from exchange import END, Case, file_chunk_params, frame, state
 
 
 class Hostile(Case):
@@ -88,6 +92,91 @@ class Hostile(Case):
         server, _ = self.serve("--timeout", "1")
         self.assert_error(self.finish(server), "the peer has been silent for too long", 2)
 
+    def test_a_peer_that_sends_a_byte_now_and_then_is_silent(self):
+        server, peer = self.serve("--timeout", "2")
+        begin = time.monotonic()
+        for byte in self.connection((0, 9), b"too slowly"):
+            try:
+                peer.send(bytes([byte]))
+            except BrokenPipeError:
+                break
+            time.sleep(0.5)
+        self.assertLess(time.monotonic() - begin, 20)
+        self.assert_error(self.finish(server), "the peer has been silent for too long", 2)
+
+    def test_a_peer_that_takes_a_byte_now_and_then_is_silent(self):
+        path = self.write("file", bytes(65536))
+        connector, peer = self.connect("--timeout", "2", "--record", "file", "--file", path)
+        peer.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1)
+        ask = frame("FileInfoParams", struct.pack("=II", 0, len(path)), path.encode())
+        peer.sendall(ask + 20 * file_chunk_params(path, 0, 65536))
+        begin = time.monotonic()
+        while connector.poll() is None and time.monotonic() - begin < 20:
+            peer.recv(1)
+            time.sleep(0.5)
+        self.assert_refused(self.finish(connector),
+                            "exchange: connector: the peer has been silent for too long", 2)
+
+    def test_what_an_error_quotes_is_escaped(self):
+        for name, shown in ("a\0b", "a\\x00b"), ("\u009bm", "\\xc2\\x9bm"), ("\u202ec", "\\xe2\\x80\\xaec"):
+            self.assert_error(self.answer_to(frame(name, b"")),
+                              f'the peer sent "{shown}" where "VynConnectionParameters" is due')
+        connector, peer = self.connect("--record", "file", "--file", self.write("file", b"abc"))
+        peer.sendall(frame("FileInfoParams", struct.pack("=II", 0, 3), b"a\0b"))
+        self.assert_refused(self.finish(connector),
+                            "exchange: connector: the peer asks for a\\x00b, which is not offered")
+
+
+class Claims(Case):
+    """Pointers that share their bytes, so that decoding takes far more memory than the message has."""
+
+    def parameters(self, count, size):
+        """So many parameters, all with the same value of that many bytes."""
+        value = (16 * count, size)
+        elements = b"".join(struct.pack("=IIII", 0, 0, *value) for _ in range(count))
+        return frame("VynParams", struct.pack("=II", 0, len(elements)), elements + bytes(size))
+
+    def answer_to_parameters(self, message):
+        empty = frame("VynConnectionParameters", bytes(48))
+        return self.answer_to(empty, frame("VynConnectorSettings", bytes(48)), frame("VynServerData", bytes(8)), message,
+                              END, END, options=("--record", "connection"))
+
+    def assert_claims_refused(self, result, record, limit):
+        self.assert_refused(result, f"exchange: server: {record}: its pointers claim more than {limit} bytes, 16 times "
+                                    "what the message has")
+
+    def test_a_list_whose_elements_share_their_bytes(self):
+        limit = 16 * (8 + 10000 * 16 + 64000)
+        result = self.answer_to_parameters(self.parameters(10000, 64000))
+        self.assert_claims_refused(result, "VynParams", limit)
+
+    def test_sixteen_times_the_message_and_a_byte_more(self):
+        # 16 * (8 + 16 * count + size) = 16 * count + size * count for count = 32
+        size = (16 * (8 + 16 * 32) - 16 * 32) // 16
+        result = self.answer_to_parameters(self.parameters(32, size))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        result = self.answer_to_parameters(self.parameters(32, size + 1))
+        self.assert_claims_refused(result, "VynParams", 16 * (8 + 32 * 16 + size + 1))
+
+    def test_a_set_whose_strings_share_their_bytes(self):
+        names = struct.pack("=II", 800, 1000) * 100
+        subscriptions = struct.pack("=Q", 0) + 4 * struct.pack("=iII", 0, 0, 800)
+        result = self.answer_to(frame("VynSubscriptionsWithHash", subscriptions, names + bytes(1000)),
+                                options=("--record", "subscriptions"))
+        self.assert_claims_refused(result, "VynSubscriptionsWithHash", 16 * (56 + 1800))
+
+    def test_an_event_whose_strings_share_their_bytes_is_read(self):
+        event = b"".join([struct.pack("=II", 0, 1000), bytes(4), struct.pack("=II", 0, 1000) * 5, bytes(12),
+                          struct.pack("=II", 0, 1000) * 9])
+        result = self.answer_to(frame("VynEvent", event, bytes(1000)), END, END, END, options=("--record", "events"))
+        self.assertEqual((result.returncode, result.stderr), (0, ""), "fifteen times the arena is little")
+
+    def test_update_identifiers_reserve_before_they_look(self):
+        settings = frame("VynSubscriptionsWithHash", bytes(56))
+        result = self.answer_to(settings, frame("VynUpdateIdentifierContainer", struct.pack("=II", 0, 2**32 - 16)),
+                                options=("--record", "subscriptions"))
+        self.assert_claims_refused(result, "VynUpdateIdentifierContainer", 16 * 8)
+
 
 class Captures(Case):
     def test_every_message_is_captured_as_it_travels(self):
@@ -119,6 +208,34 @@ class Captures(Case):
         self.assertEqual(sorted(os.listdir(self.path("captured"))), [
             "000001-received-FileInfoParams.vyn", "000002-sent-FileInfo.vyn", "000003-received-FileChunkParams.vyn",
             "000004-sent-FileChunk.vyn", "000005-received-FileChunkParams.vyn", "000006-sent-FileChunk.vyn"])
+
+    def test_a_directory_that_is_not_empty_or_in_use(self):
+        captured = self.path("captured")
+        refused = f"exchange: connector: {captured}: not empty, or in use; a capture takes a directory of its own"
+        old = self.write("captured/.old", "old")
+        self.assert_refused(self.run_exchange("--record", "states", "--capture", captured), refused)
+        os.unlink(old)
+        directory = os.open(captured, os.O_RDONLY)
+        self.addCleanup(os.close, directory)
+        fcntl.flock(directory, fcntl.LOCK_EX)
+        self.assert_refused(self.run_exchange("--record", "states", "--capture", captured), refused)
+        self.assertEqual(os.listdir(captured), [])
+
+    def test_a_link_or_file_in_the_way_is_not_written_through(self):
+        path = self.write("file", bytes(3))
+        precious = self.write("precious", "precious")
+        captured = self.path("captured")
+        name = "000002-sent-FileInfo.vyn"
+        for place in os.symlink, os.link:
+            connector, peer = self.connect("--record", "file", "--file", path, "--capture", captured)
+            self.wait_for(lambda: os.path.exists(captured), "there is no directory")
+            place(precious, os.path.join(captured, name))
+            peer.sendall(frame("FileInfoParams", struct.pack("=II", 0, len(path)), path.encode()))
+            self.assert_refused(self.finish(connector), f"exchange: connector: {captured}/{name}: File exists")
+            with open(precious) as file:
+                self.assertEqual(file.read(), "precious")
+            os.unlink(self.path("listener"))
+            shutil.rmtree(captured)
 
     def test_no_part_of_a_capture_file_is_left_on_a_full_disk(self):
         def limit():
