@@ -60,7 +60,7 @@ class BadSettings(Case):
         self.assert_refused(self.run_exchange("--settings", path), f"exchange: connector: {path}: over 4 MiB")
 
     def test_values_nested_without_end(self):
-        for depth, problem in (63, None), (64, "nested deeper than 64"), (1000000, "nested deeper than 64"):
+        for depth, problem in (64, None), (65, "nested deeper than 64"), (1000000, "nested deeper than 64"):
             path = self.write("deep", json.dumps(SETTINGS)[:-1] + ', "x": ' + "[" * depth + "]" * depth + "}")
             result = self.run_exchange("--settings", path, "--record", "connection")
             expected = "" if problem is None else f"exchange: connector: {path}: {problem}\n"
