@@ -2,6 +2,7 @@
 
 import json
 import os
+import pathlib
 import socket
 import struct
 import subprocess
@@ -160,10 +161,9 @@ class Case(unittest.TestCase):
 
     def child_of(self, process):
         """The connector, where one program is both sides."""
-        children = f"/proc/{process.pid}/task/{process.pid}/children"
-        self.wait_for(lambda: open(children).read(), "there is no child")
-        with open(children) as file:
-            return int(file.read())
+        children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children")
+        self.wait_for(children.read_text, "there is no child")
+        return int(children.read_text())
 
     def assert_ended(self, pid):
         with self.assertRaises(ProcessLookupError):

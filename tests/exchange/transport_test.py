@@ -1,6 +1,7 @@
 """What travels between the two sides: hostile peers, and captures."""
 
 import fcntl
+import hashlib
 import os
 import resource
 import shutil
@@ -170,7 +171,8 @@ class Claims(Case):
         self.assertEqual((result.returncode, result.stderr), (0, ""), "fifteen times the arena is little")
 
     def test_update_identifiers_reserve_before_they_look(self):
-        settings = frame("VynSubscriptionsWithHash", bytes(56))
+        hash_of_none = int.from_bytes(hashlib.sha256().digest()[:8], "big")
+        settings = frame("VynSubscriptionsWithHash", struct.pack("=Q", hash_of_none) + bytes(48))
         result = self.answer_to(settings, frame("VynUpdateIdentifierContainer", struct.pack("=II", 0, 2**32 - 16)),
                                 options=("--record", "subscriptions"))
         self.assert_claims_refused(result, "VynUpdateIdentifierContainer", 16 * 8)

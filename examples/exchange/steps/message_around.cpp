@@ -35,6 +35,7 @@ bool Holds(std::string_view name)
     vyn_connector::common::ForEachRow<Record>([&](auto row) {
         using Row = decltype(row);
         if constexpr (vyn_connector::common::isField<Row>) {
+            if (std::is_base_of_v<vyn_connector::common::kind::InPlace, typename Row::Kind>) return; // bytes, no record
             using Value = typename Row::InDomain::Type;
             using Part = std::conditional_t<vyn_connector::common::isDescribed<Value> && !std::is_same_v<Value, Record>,
                                             Value, typename Inner<Value>::Type>;
