@@ -1,10 +1,15 @@
 // Two processes hold a connector's conversation: the connector reports and gives away a file, the server prints what
 // it gets and fetches the file. Without a subcommand this program is both; with one, each is started by hand.
+#include "host/interrupt.h"
+#include "host/standard_streams.h"
 #include "steps/conversation.h"
+#include "steps/message_around.h"
 #include "transport/unix_socket.h"
 
 #include <CLI/CLI.hpp>
 
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -18,6 +23,7 @@ using namespace exchange;
 
 constexpr int exitFailure = 1;
 constexpr int exitPeerGone = 2;
+constexpr int exitSignal = 128; // and the signal's number, as a shell has it
 
 enum class Side { Connector, Server };
 
@@ -39,7 +45,13 @@ int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
             TalkAsServer(session);
         else
             TalkAsConnector(session);
+        FinishOutput();
         return EXIT_SUCCESS;
+    } catch (const Interrupted& error) {
+        console.Error(error.what());
+        return exitSignal + error.Signal();
+    } catch (const OutputClosed&) {
+        return exitSignal + SIGPIPE;
     } catch (const PeerSilent& error) {
         console.Error(error.what());
         return exitPeerGone;
@@ -55,6 +67,26 @@ int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
     }
 }
 
+// Waits until the connector has ended. It has said all that it has to say, or has lost its peer: it ends by itself now,
+// unless it is stopped or stuck. Returns its status.
+int EndOf(pid_t connector, const Options& options)
+{
+    constexpr int patienceMilliseconds = 5000;
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, connector, 0)), "pidfd_open");
+    pollfd end{process.Get(), POLLIN, 0};
+    const bool isStuck = poll(&end, 1, patienceMilliseconds) != 1;
+    if (isStuck) kill(connector, SIGKILL);
+
+    int status = 0;
+    while (waitpid(connector, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (isStuck) return exitPeerGone;
+    if (!WIFSIGNALED(status)) return WEXITSTATUS(status);
+    Console("connector", options.json).Error(fmt::format("killed by signal {}", WTERMSIG(status)));
+    return exitFailure;
+}
+
+// Signals are the server's business: it knows what has been received. The connector ends when the server is gone.
 int RunBoth(const Options& options)
 {
     auto ends = UnixSocket::Pair();
@@ -63,26 +95,26 @@ int RunBoth(const Options& options)
     const pid_t connector = fork();
     if (connector < 0) RaiseErrno("fork");
     if (connector == 0) {
+        IgnoreInterrupts();
         serverEnd.Close();
         _exit(Run(Side::Connector, true, options, [&] { return std::move(connectorEnd); }));
     }
+    NoticeInterrupts();
     connectorEnd.Close();
-    const int server = Run(Side::Server, true, options, [&] { return std::move(serverEnd); });
+    const int serverStatus = Run(Side::Server, true, options, [&] { return std::move(serverEnd); });
+    const int connectorStatus = EndOf(connector, options);
 
-    int status = 0;
-    while (waitpid(connector, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (WIFSIGNALED(status)) {
-        Console("connector", options.json).Error(fmt::format("killed by signal {}", WTERMSIG(status)));
-        return exitFailure;
-    }
-    return WEXITSTATUS(status) == EXIT_SUCCESS && server == EXIT_SUCCESS ? EXIT_SUCCESS : exitFailure;
+    // The side that has lost its peer is not the one that tells why.
+    const bool connectorTells =
+        serverStatus == EXIT_SUCCESS || (serverStatus == exitPeerGone && connectorStatus != EXIT_SUCCESS);
+    return connectorTells ? connectorStatus : serverStatus;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 try {
+    PrepareStandardStreams();
     std::signal(SIGXFSZ, SIG_IGN); // a file over the limit is an error like any other
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     Options options;
@@ -114,13 +146,18 @@ try {
         ->check([](const std::string& name) {
             const std::vector<std::string> names = StepNames();
             const bool known = std::find(names.begin(), names.end(), name) != names.end();
-            return known ? std::string() : fmt::format("there is no step or record {}", name);
+            if (known) return std::string();
+            const std::string_view message = MessageAround(name);
+            if (!message.empty()) return fmt::format("{0} travels inside {1}; --record {1} shows it", name, message);
+            return fmt::format("there is no step or record {}", name);
         });
     app.add_option("--capture", options.capture, "Write each message to a file in this directory; passwords too")
         ->option_text("DIR");
     app.add_flag("--json", options.json, "Print nothing but the closing tables, each as a line of JSON");
     app.add_option("--timeout", options.timeoutSeconds, "Seconds until a silent peer is given up; 0: never")
         ->option_text("SECONDS (300)");
+    app.add_flag("--any-user", options.anyUser, "Connect to a server of another user as well");
+    app.set_version_flag("--version", "exchange " EXCHANGE_VERSION);
     std::string footer = "The steps and their records:";
     for (const Step& step : Steps())
         footer += fmt::format("\n  {:<15}{}", step.name, fmt::join(step.records, ", "));
@@ -137,16 +174,23 @@ try {
         // Its text quotes the arguments, among which there may be a password.
         fmt::print(stderr, "exchange: there are arguments too many; see --help\n");
         return exitFailure;
-    } catch (const CLI::Success& help) {
-        return app.exit(help);
+    } catch (const CLI::CallForVersion& version) {
+        WriteOutput(fmt::format("{}\n", version.what()));
+        return EXIT_SUCCESS;
+    } catch (const CLI::Success&) {
+        WriteOutput(app.help());
+        return EXIT_SUCCESS;
     } catch (const CLI::ParseError& error) {
         fmt::print(stderr, "exchange: {}; see --help\n", error.what());
         return exitFailure;
     }
 
+    if (!*serve && !*connect) return RunBoth(options);
+    NoticeInterrupts();
     if (*serve) return Run(Side::Server, false, options, [&] { return UnixSocket::Accept(path); });
-    if (*connect) return Run(Side::Connector, false, options, [&] { return UnixSocket::Connect(path); });
-    return RunBoth(options);
+    return Run(Side::Connector, false, options, [&] { return UnixSocket::Connect(path, options.anyUser); });
+} catch (const OutputClosed&) {
+    return exitSignal + SIGPIPE;
 } catch (const std::exception& error) {
     fmt::print(stderr, "exchange: {}\n", error.what());
     return exitFailure;

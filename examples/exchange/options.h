@@ -18,6 +18,7 @@ struct Options {
     std::string capture; // directory; empty: none
     bool json = false;
     unsigned timeoutSeconds = 300; // 0: none
+    bool anyUser = false;          // the connector sends to a server of another user as well
 };
 
 } // namespace exchange

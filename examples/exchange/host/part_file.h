@@ -12,14 +12,15 @@ namespace exchange {
 
 class PartFile {
 public:
-    // Begins anew, or, to resume, goes on after what an earlier transfer has left; makes the directory where there is
-    // none. Throws std::system_error, also where another process is receiving the same file.
-    PartFile(const std::filesystem::path& destination, bool resume);
+    // Opens what an earlier transfer has left, or a new file; makes the directory where there is none. Nothing that is
+    // there is changed yet. Throws std::system_error, also where another process is receiving the same file, or
+    // std::runtime_error where something else has that name.
+    explicit PartFile(const std::filesystem::path& destination);
 
     std::uint64_t Size() const { return size_; }
     const std::string& Path() const { return path_; }
 
-    // These throw std::system_error.
+    // These throw std::system_error, or Interrupted.
     void Append(const std::vector<std::uint8_t>& data);
     void Restart();
     Sha256::Digest Digest() const { return Sha256::OfFile(file_.Get(), path_); }

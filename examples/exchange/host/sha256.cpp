@@ -1,6 +1,7 @@
 #include "host/sha256.h"
 
 #include "host/descriptor.h"
+#include "host/interrupt.h"
 
 #include <fmt/format.h>
 #include <openssl/evp.h>
@@ -29,10 +30,12 @@ void Sha256::Add(const void* data, std::size_t size)
     Check(EVP_DigestUpdate(context_.get(), data, size));
 }
 
-Sha256::Digest Sha256::Finish()
+Sha256::Digest Sha256::SoFar() const
 {
+    const Sha256 copy; // finishing ends what a context can do
+    Check(EVP_MD_CTX_copy_ex(copy.context_.get(), context_.get()));
     Digest digest{};
-    Check(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr));
+    Check(EVP_DigestFinal_ex(copy.context_.get(), digest.data(), nullptr));
     return digest;
 }
 
@@ -44,10 +47,11 @@ Sha256::Digest Sha256::OfFile(int descriptor, const std::string& path)
     ssize_t count = 0;
     while ((count = pread(descriptor, buffer.data(), buffer.size(), offset)) != 0) {
         if (count < 0) RaiseErrno(path);
+        CheckInterrupt();
         sha.Add(buffer.data(), static_cast<std::size_t>(count));
         offset += count;
     }
-    return sha.Finish();
+    return sha.SoFar();
 }
 
 void Sha256::Free::operator()(evp_md_ctx_st* context) const

@@ -16,9 +16,10 @@ public:
 
     Sha256();
     void Add(const void* data, std::size_t size);
-    Digest Finish(); // call it last
+    Digest SoFar() const; // more can be added afterwards
 
-    // Of a file's whole content, in constant memory. `path` is for the error's text. Throws std::system_error.
+    // Of a file's whole content, in constant memory. `path` is for the error's text. Throws std::system_error, or
+    // Interrupted.
     static Digest OfFile(int descriptor, const std::string& path);
 
 private:

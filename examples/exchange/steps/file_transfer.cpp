@@ -1,8 +1,11 @@
-// Step 6: the server asks for a file, and fetches it chunk by chunk. A chunk of 0 bytes at the file's end stands for
-// its SHA-256; a chunk that is shorter than was asked for says that the file is no longer what it was. What has been
+// Step 6: the server asks for a file, and fetches it chunk by chunk. A chunk of 0 bytes stands for the SHA-256 of the
+// bytes before it; a chunk that is shorter than was asked for says that the file is no longer what it was. What has been
 // received gets its name only when size and SHA-256 agree.
+#include "host/interrupt.h"
 #include "host/part_file.h"
+#include "host/printable.h"
 #include "host/progress.h"
+#include "host/standard_streams.h"
 #include "steps/conversation.h"
 
 #include <fcntl.h>
@@ -24,6 +27,8 @@ public:
     {
         announced_ = Status();
         if (!S_ISREG(announced_.st_mode)) throw std::runtime_error(path + ": not a regular file");
+        if (announced_.st_size == 0 && !BytesAt(0, 1).empty())
+            throw std::runtime_error(path + ": holds more than its size says, as files under /proc do");
     }
 
     vyn_connector::FileInfo Info() const
@@ -39,17 +44,32 @@ public:
     }
 
     // The bytes that are asked for, as many of them as there are; or the digest.
-    std::vector<std::uint8_t> Read(const vyn_connector::FileChunkParams& wanted) const
+    std::vector<std::uint8_t> Read(const vyn_connector::FileChunkParams& wanted)
     {
-        if (wanted.chunkSize == 0) {
-            const Sha256::Digest digest = Sha256::OfFile(file_.Get(), path_);
-            return {digest.begin(), digest.end()};
-        }
-        std::vector<std::uint8_t> data(wanted.chunkSize);
+        if (wanted.chunkSize != 0) return BytesAt(wanted.chunkOffset, wanted.chunkSize);
+        const Sha256::Digest digest = DigestBefore(wanted.chunkOffset);
+        return {digest.begin(), digest.end()};
+    }
+
+    // Why an answer of so many bytes cannot be right; empty where it can: what has become of the file since it was
+    // announced.
+    std::string Fault(const vyn_connector::FileChunkParams& wanted, std::size_t size) const
+    {
+        if (wanted.chunkSize != 0 && size == wanted.chunkSize) return "";
+        const std::string change = Change();
+        if (!change.empty() || wanted.chunkSize == 0) return change;
+        return path_ + ": holds less than its size says, as files under /sys do";
+    }
+
+private:
+    static constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK; // opening a pipe must not wait
+
+    std::vector<std::uint8_t> BytesAt(std::uint64_t offset, std::size_t size) const
+    {
+        std::vector<std::uint8_t> data(size);
         std::size_t have = 0;
-        while (have < data.size()) {
-            const ssize_t count =
-                pread(file_.Get(), &data[have], data.size() - have, static_cast<off_t>(wanted.chunkOffset + have));
+        while (have < size) {
+            const ssize_t count = pread(file_.Get(), &data[have], size - have, static_cast<off_t>(offset + have));
             if (count < 0) RaiseErrno(path_);
             if (count == 0) break;
             have += static_cast<std::size_t>(count);
@@ -58,7 +78,20 @@ public:
         return data;
     }
 
-    // What has become of the file since it was announced; empty where it is the same.
+    // No byte is hashed twice, however often a peer asks: digests go forward only, as a transfer does.
+    Sha256::Digest DigestBefore(std::uint64_t end)
+    {
+        if (end < hashed_) throw std::runtime_error("FileChunkParams: the peer asks for a digest that is over");
+        while (hashed_ < end) {
+            CheckInterrupt();
+            const std::vector<std::uint8_t> data = BytesAt(hashed_, std::min(chunkLimit, end - hashed_));
+            if (data.empty()) break; // the file has become shorter, and the answer is refused for that
+            sha_.Add(data.data(), data.size());
+            hashed_ += data.size();
+        }
+        return sha_.SoFar();
+    }
+
     std::string Change() const
     {
         const struct stat now = Status();
@@ -70,9 +103,6 @@ public:
         return "";
     }
 
-private:
-    static constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK; // opening a pipe must not wait
-
     struct stat Status() const
     {
         struct stat status {};
@@ -83,6 +113,8 @@ private:
     std::string path_;
     Descriptor file_;
     struct stat announced_ {};
+    Sha256 sha_;
+    std::uint64_t hashed_ = 0;
 };
 
 std::vector<std::uint8_t> Ask(Channel& channel, const vyn_connector::FileChunkParams& wanted, std::size_t answerSize)
@@ -96,10 +128,29 @@ std::vector<std::uint8_t> Ask(Channel& channel, const vyn_connector::FileChunkPa
     return chunk.data;
 }
 
+// The digest of what is there, where the peer's file begins with it.
+std::optional<Sha256::Digest> AgreedDigest(Session& session, const PartFile& part)
+{
+    const vyn_connector::FileChunkParams wanted{session.options.file, part.Size(), 0};
+    const std::vector<std::uint8_t> theirs = Ask(session.channel, wanted, sizeof(Sha256::Digest));
+    const Sha256::Digest ours = part.Digest();
+    if (!std::equal(ours.begin(), ours.end(), theirs.begin())) return std::nullopt;
+    return ours;
+}
+
+// Nothing is lost where the part file holds what the file begins with. Anything else is not of this transfer, and not
+// ours to change.
+void RefuseForeign(Session& session, std::uint64_t fileSize, const PartFile& part)
+{
+    if (part.Size() == 0 || (part.Size() <= fileSize && AgreedDigest(session, part))) return;
+    throw std::runtime_error(fmt::format("{}: not a part of {}; it stays as it is: remove it, or choose another --into",
+                                         part.Path(), session.options.file));
+}
+
 void Fetch(Session& session, std::uint64_t fileSize, PartFile& part)
 {
     const std::string& file = session.options.file;
-    if (part.Size() > fileSize) part.Restart();
+    if (!session.options.resume) part.Restart();
     if (part.Size() > 0) session.console.Line(fmt::format("goes on after {} bytes", part.Size()));
     Progress progress(session.console, std::filesystem::path(file).filename(), part.Size(), fileSize);
     while (part.Size() < fileSize) {
@@ -109,12 +160,19 @@ void Fetch(Session& session, std::uint64_t fileSize, PartFile& part)
     }
     progress.Finish();
 
-    const std::vector<std::uint8_t> wanted = Ask(session.channel, {file, fileSize, 0}, sizeof(Sha256::Digest));
-    const Sha256::Digest digest = part.Digest();
-    if (!std::equal(digest.begin(), digest.end(), wanted.begin()))
-        throw std::runtime_error(file + ": what was received has another SHA-256");
+    const std::optional<Sha256::Digest> digest = AgreedDigest(session, part);
+    if (!digest) throw std::runtime_error(file + ": what was received has another SHA-256");
     part.Commit();
-    session.console.Line(fmt::format("SHA-256 {} agrees", ToHex(digest)));
+    session.console.Line(fmt::format("SHA-256 {} agrees", ToHex(*digest)));
+}
+
+// What an interrupted transfer leaves, and how to go on.
+std::string Keep(PartFile& part)
+{
+    if (part.Size() != 0)
+        return fmt::format("{} bytes stay in {}; --resume goes on from there", part.Size(), part.Path());
+    part.Discard();
+    return "nothing of the file has arrived";
 }
 
 } // namespace
@@ -123,8 +181,8 @@ void GiveFile(Session& session)
 {
     const std::string wanted = session.channel.Receive<vyn_connector::FileInfoParams>().record.fileName;
     if (wanted != session.options.file)
-        throw std::runtime_error(fmt::format("the peer asks for {}, which is not offered", wanted));
-    const Source source(wanted);
+        throw std::runtime_error(fmt::format("the peer asks for {}, which is not offered", Printable(wanted)));
+    Source source(wanted);
     const vyn_connector::FileInfo info = source.Info();
     session.channel.Send(info);
 
@@ -134,10 +192,10 @@ void GiveFile(Session& session)
             chunk.chunkSize > info.fileSize - chunk.chunkOffset)
             throw std::runtime_error("FileChunkParams: the peer asks for bytes that do not exist");
         std::vector<std::uint8_t> data = source.Read(chunk);
-        const std::string change = chunk.chunkSize == 0 || data.size() < chunk.chunkSize ? source.Change() : "";
-        if (!change.empty()) data.clear();
+        const std::string fault = source.Fault(chunk, data.size());
+        if (!fault.empty()) data.clear();
         session.channel.Send(vyn_connector::FileChunk{0, wanted, chunk.chunkOffset, chunk.chunkSize, data});
-        if (!change.empty()) throw std::runtime_error(change);
+        if (!fault.empty()) throw std::runtime_error(fault);
     }
 }
 
@@ -150,15 +208,17 @@ void FetchFile(Session& session)
         std::filesystem::path(session.options.destination) / std::filesystem::path(session.options.file).filename();
     session.console.Line(fmt::format("{}: {} bytes", destination.string(), info.fileSize));
 
-    PartFile part(destination, session.options.resume);
+    PartFile part(destination);
+    RefuseForeign(session, info.fileSize, part);
     try {
         Fetch(session, info.fileSize, part);
+    } catch (const Interrupted& error) {
+        throw Interrupted(error.Signal(), fmt::format("{}; {}", error.what(), Keep(part)));
     } catch (const PeerGone&) {
-        if (part.Size() == 0)
-            part.Discard();
-        else
-            session.console.Line(
-                fmt::format("{} bytes stay in {}; --resume goes on from there", part.Size(), part.Path()));
+        session.console.Line(Keep(part));
+        throw;
+    } catch (const OutputClosed&) {
+        Keep(part);
         throw;
     } catch (...) {
         part.Discard();

@@ -11,7 +11,7 @@ namespace exchange {
 
 class Settings {
 public:
-    // Throws std::runtime_error where the file cannot be read or is not JSON.
+    // Throws std::runtime_error where the file cannot be read, is too large, or is not JSON.
     explicit Settings(const std::string& path);
 
     // `pointer` is a JSON pointer ("/credentials/userName"). Throws std::runtime_error where there is no such value
@@ -19,16 +19,16 @@ public:
     std::string Text(const std::string& pointer) const;
     std::uint16_t Number16(const std::string& pointer) const;
     std::uint64_t Number64(const std::string& pointer) const;
-    const nlohmann::ordered_json& Object(const std::string& pointer) const;
+    const nlohmann::json& Object(const std::string& pointer) const;
 
     [[noreturn]] void Refuse(const std::string& pointer, const std::string& problem) const;
 
 private:
-    const nlohmann::ordered_json& At(const std::string& pointer) const;
+    const nlohmann::json& At(const std::string& pointer) const;
     std::uint64_t Number(const std::string& pointer, std::uint64_t max) const;
 
     std::string path_;
-    nlohmann::ordered_json root_;
+    nlohmann::json root_;
 };
 
 } // namespace exchange

@@ -21,16 +21,14 @@ vyn_connector::VynSubscriptions SubscriptionsFrom(const Settings& settings)
     vyn_connector::VynSubscriptions subscriptions;
     for (const auto& [key, names] : settings.Object("/subscriptions").items()) {
         const std::string pointer = "/subscriptions/" + key;
-        int severity = 0;
-        const auto [end, error] = std::from_chars(key.data(), key.data() + key.size(), severity);
-        if (error != std::errc() || end != key.data() + key.size()) settings.Refuse(pointer, "not a severity");
+        if (key.size() != 1 || key[0] < '0' || key[0] > '3') settings.Refuse(pointer, "not a severity from 0 to 3");
         if (!names.is_array()) settings.Refuse(pointer, "not a list of names");
         std::unordered_set<std::string> eventTypes;
         for (const auto& name : names) {
             if (!name.is_string()) settings.Refuse(pointer, "not a list of names");
             eventTypes.insert(name.get<std::string>());
         }
-        subscriptions.emplace(static_cast<vyn_connector::VynEventSeverity>(severity), eventTypes);
+        subscriptions.emplace(static_cast<vyn_connector::VynEventSeverity>(key[0] - '0'), eventTypes);
     }
     return subscriptions;
 }
@@ -49,7 +47,7 @@ unsigned long HashOf(const vyn_connector::VynSubscriptions& subscriptions)
             const std::string line = fmt::format("{} {}\n", static_cast<int>(severity), name);
             sha.Add(line.data(), line.size());
         }
-    const Sha256::Digest digest = sha.Finish();
+    const Sha256::Digest digest = sha.SoFar();
     unsigned long hash = 0;
     for (std::size_t i = 0; i < sizeof(hash); ++i)
         hash = hash << 8U | digest[i];

@@ -1,8 +1,10 @@
 // Writes messages to files, one each, exactly as they travel.
 #pragma once
 
+#include "host/descriptor.h"
+
 #include <cstdint>
-#include <filesystem>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -10,14 +12,17 @@ namespace exchange {
 
 class Capture {
 public:
-    // Makes the directory where there is none. What it captures may hold passwords: only the user can read it.
-    explicit Capture(const std::filesystem::path& directory);
+    // Makes the directory where there is none. One that is not empty, or in use by another capture, is refused: two runs
+    // in one place cannot be told apart. Throws std::runtime_error.
+    explicit Capture(const std::string& directory);
 
-    // Throws std::system_error; no part of a file is left then.
+    // What is captured may hold passwords: only the user can read it. Throws std::system_error; no part of a file is
+    // left then.
     void Write(std::string_view direction, std::string_view record, const std::vector<std::uint8_t>& frame);
 
 private:
-    std::filesystem::path directory_;
+    std::string path_;
+    Descriptor directory_;
     unsigned count_ = 0;
 };
 

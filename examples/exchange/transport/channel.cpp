@@ -1,6 +1,6 @@
 #include "transport/channel.h"
 
-#include "host/console.h"
+#include "host/printable.h"
 
 #include <algorithm>
 
@@ -82,6 +82,7 @@ void Channel::SendMessage(const Message& message)
 std::optional<Message> Channel::ReceiveMessage(const Expected& expected)
 {
     FrameHeader header{};
+    transport_.AwaitMessage();
     transport_.Receive(&header, sizeof(header));
     if (std::memcmp(header.magic, frameMagic, sizeof(frameMagic)) != 0)
         throw std::runtime_error("the peer does not speak this protocol");
@@ -129,7 +130,7 @@ void Channel::RaiseAbout(std::string_view record)
 void Channel::RaiseUnexpected(std::string_view received, std::string_view due)
 {
     const auto name = [](std::string_view record) {
-        return record.empty() ? "the end" : fmt::format("\"{}\"", record);
+        return record.empty() ? "the end" : fmt::format("\"{}\"", Printable(record));
     };
     throw std::runtime_error(fmt::format("the peer sent {} where {} is due", name(received), name(due)));
 }

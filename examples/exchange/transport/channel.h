@@ -4,6 +4,7 @@
 #pragma once
 
 #include "transport/capture.h"
+#include "transport/claims.h"
 #include "transport/codec.h"
 #include "transport/statistics.h"
 #include "transport/transport.h"
@@ -105,6 +106,7 @@ private:
         typename Codec<Record>::Wire wire;
         std::memcpy(&wire, message.wire.data(), sizeof(wire));
         const zt_arena arena = FullArena(message.arena);
+        if constexpr (vyn_connector::common::isDescribed<Record>) CheckClaims<Record>(message.wire.data(), arena);
 
         const auto begin = std::chrono::steady_clock::now();
         Record record = Codec<Record>::Decode(wire, arena);

@@ -16,7 +16,7 @@ protected:
     using std::runtime_error::runtime_error;
 };
 
-// The peer is there and does nothing.
+// The peer is there and does nothing, or too little.
 class PeerSilent : public PeerGone {
 public:
     PeerSilent() : PeerGone("the peer has been silent for too long") {}
@@ -28,6 +28,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// All operations throw PeerGone, PeerSilent, Interrupted, or std::system_error.
 class Transport {
 public:
     Transport() = default;
@@ -35,10 +36,13 @@ public:
     Transport& operator=(const Transport&) = delete;
     virtual ~Transport() = default;
 
-    // Sends all of the bytes. Throws PeerGone, PeerSilent, or std::system_error.
-    virtual void Send(const void* data, std::size_t size) = 0;
+    // Sends a message whole.
+    virtual void Send(const void* message, std::size_t size) = 0;
 
-    // Waits until all of the bytes are there. Throws PeerGone, PeerSilent, or std::system_error.
+    // Says that the next message is awaited: whatever time limit there is holds for all of it, however it is received.
+    virtual void AwaitMessage() = 0;
+
+    // Waits until all of the bytes are there.
     virtual void Receive(void* data, std::size_t size) = 0;
 };
 
