@@ -34,7 +34,7 @@ int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
         std::optional<Capture> capture;
         if (!options.capture.empty() && !(peerIsOurs && side == Side::Server)) capture.emplace(options.capture);
         Channel channel(socket, capture ? &*capture : nullptr);
-        Session session{channel, console, options};
+        Session session{channel, console, options, peerIsOurs};
         if (side == Side::Server)
             TalkAsServer(session);
         else
