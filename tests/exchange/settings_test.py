@@ -41,8 +41,7 @@ class BadSettings(Case):
     def test_more_severities_than_there_are(self):
         path = self.settings(lambda settings: settings.update(subscriptions={str(i): [] for i in range(5)}))
         self.assert_refused(self.run_exchange("--settings", path),
-                            "exchange: connector: VynSubscriptionsWithHash: vyn subscriptions: "
-                            "Vyn event severity types more than 4")
+                            "exchange: connector: VynSubscriptionsWithHash: subscriptions.entries: 5 items, at most 4")
 
 
 if __name__ == "__main__":
