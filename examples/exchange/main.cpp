@@ -135,12 +135,12 @@ try {
         app.parse(argc, argv);
     } catch (const CLI::ExtrasError&) {
         // Its text quotes the arguments, among which there may be a password.
-        fmt::print(stderr, "exchange: there are arguments too many; see --help\n");
+        Console::ProgramError("there are arguments too many; see --help");
         return exitFailure;
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        fmt::print(stderr, "exchange: {}; see --help\n", error.what());
+        Console::ProgramError(fmt::format("{}; see --help", error.what()));
         return exitFailure;
     }
 
@@ -148,6 +148,6 @@ try {
     if (*connect) return Run(Side::Connector, false, options, [&] { return UnixSocket::Connect(path); });
     return RunBoth(options);
 } catch (const std::exception& error) {
-    fmt::print(stderr, "exchange: {}\n", error.what());
+    Console::ProgramError(error.what());
     return exitFailure;
 }
