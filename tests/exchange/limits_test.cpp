@@ -13,9 +13,9 @@ using namespace vyn_connector;
 template <typename Record>
 class EveryRecord : public testing::Test {
 };
-using Records = testing::Types<VynConnectionParameters, AppInfo, VynSubscriptionsWithHash, VynEvent, ClientCertsInfo,
-                               ClientCertParams, FileInfoParams, FileInfo, FileChunkParams, FileChunk,
-                               std::vector<common::RawVynParam>>;
+using Records = testing::Types<VynConnectionParameters, AppInfo, VynSubscriptionsWithHash, VynEvent,
+                               std::vector<ClientCertInfo>, ClientCertParams, FileInfoParams, FileInfo, FileChunkParams,
+                               FileChunk, std::vector<common::RawVynParam>>;
 TYPED_TEST_SUITE(EveryRecord, Records);
 
 // With two items in each list, and each string short.
@@ -58,7 +58,7 @@ TYPED_TEST(EveryRecord, IsRefusedByThePathOfTheFieldThatIsOneOverItsLimit)
     ASSERT_GT(count, 0);
 
     for (int chosen = 0; chosen < count; ++chosen) {
-        for (const std::size_t over : {0, 1}) {
+        for (const std::size_t over : {0U, 1U}) {
             TypeParam changed = record;
             std::string expected;
             int field = 0;

@@ -55,12 +55,13 @@ class Terminal(Case):
             with self.subTest(columns):
                 lines = self.assert_fits(self.show(columns=columns), columns)
                 event = next(line for line in lines if "event 10" in line)
-                self.assertRegex(event, r"^server    \| event 10, severity 0: Nov 21 line 11 .*\.\.\..*end 11$")
+                self.assertRegex(event, r"^server    \| event 10, severity 0: Nov 2.*\.\.\..* end 11$")
 
     def test_the_table_lays_itself_out(self):
+        path = self.write("file", b"abc")
         for columns, shortened in (80, False), (120, False), (60, True):
             with self.subTest(columns):
-                lines = self.assert_fits(self.show(columns=columns), columns)
+                lines = self.assert_fits(self.show("--file", path, columns=columns), columns)
                 start = next(i for i, line in enumerate(lines) if line.startswith("record "))
                 table = lines[start:]
                 self.assertEqual(len(table), 2 + len(EVERY_RECORD))
@@ -110,7 +111,7 @@ class Terminal(Case):
 
     def test_the_progress_line_never_wraps(self):
         path = self.write("a-file-with-a-name-that-is-much-too-long-for-half-a-terminal.img", b"")
-        os.truncate(path, 512 * MIB)
+        os.truncate(path, 256 * MIB)
         for columns in 40, 80, 120:
             shown = self.show("--record", "file", "--file", path, columns=columns)
             self.assertIn(" left", shown)
