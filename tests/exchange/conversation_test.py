@@ -147,7 +147,7 @@ class Subscriptions(Case):
         self.assertIn("update identifiers: 25 UUIDs of block devices, 0 random ones", self.lines(out, "connector"))
         sizes = [line for line in self.lines(out) if line.startswith("VynUpdateIdentifierContainer: ")]
         self.assertEqual([line.split(", ")[1] for line in sizes],
-                         ["160 bytes of arena", "160 bytes of arena", "80 bytes of arena"])
+                         ["160 in the arena", "160 in the arena", "80 in the arena"])
         shown = [line.strip() for line in self.lines(out) if line.strip().endswith("400080000000" + "0" * 8)]
         self.assertEqual(shown, [name.replace("-", "") for name in devices])
 
@@ -227,7 +227,7 @@ class Certificates(Case):
 
     def test_a_folder_without_certificates_is_an_empty_list(self):
         out = self.run_well("--record", "certificates")
-        self.assertIn("ClientCertsInfo: 8 bytes of wire structure, 0 bytes of arena", self.lines(out))
+        self.assertIn("ClientCertsInfo: 8 bytes on the wire, 0 in the arena", self.lines(out))
         self.assertIn((2, "field4", "0"), self.fields(out, "ClientCertParams"))
 
     def test_a_folder_that_is_not_there(self):

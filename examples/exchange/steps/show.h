@@ -176,7 +176,8 @@ private:
         constexpr std::size_t valueColumn = 34;
         const std::string name =
             heading.label.empty() ? std::string(heading.name) : fmt::format("{:<8} {}", heading.name, heading.label);
-        console_.Field(fmt::format("{:{}}{} ", "", heading.indent, name), valueColumn, value);
+        console_.Field(fmt::format("{:{}}{}{}", "", heading.indent, name, value.empty() ? "" : " "), valueColumn,
+                       value);
     }
 
     Console& console_;
@@ -186,8 +187,8 @@ private:
 template <typename Record>
 void ShowSizes(Console& console, const Received<Record>& received)
 {
-    console.Line(fmt::format("{}: {} of wire structure, {} of arena", Codec<Record>::name,
-                             Amount(received.wireBytes, "byte"), Amount(received.arenaBytes, "byte")));
+    console.Line(fmt::format("{}: {} bytes on the wire, {} in the arena", Codec<Record>::name, received.wireBytes,
+                             received.arenaBytes));
 }
 
 template <typename Record, typename... Labels>

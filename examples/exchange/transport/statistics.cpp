@@ -12,7 +12,7 @@ namespace exchange {
 void Statistics::Print(Console& console) const
 {
     console.Line("");
-    console.Line("each record's messages, and how fast the largest of them is converted:");
+    console.Line("each record's messages, and the speed of the largest one:");
     TableRows table = {{"record", "messages", "bytes", "largest", "encode", "", "decode", ""},
                        {"", "", "", "", "ns", "GB/s", "ns", "GB/s"}};
     for (const Row& row : rows_) {
@@ -21,7 +21,7 @@ void Statistics::Print(Console& console) const
         const std::optional<Speed> speed = row.measure();
         for (const double Speed::*time : {&Speed::encodeNanoseconds, &Speed::decodeNanoseconds}) {
             table.back().push_back(speed ? fmt::format("{:.0f}", (*speed).*time) : "-");
-            table.back().push_back(speed ? fmt::format("{:.2f}", static_cast<double>(row.largestBytes) / (*speed).*time)
+            table.back().push_back(speed ? fmt::format("{:.1f}", static_cast<double>(row.largestBytes) / (*speed).*time)
                                          : "-");
         }
     }
