@@ -64,8 +64,8 @@ class OverTheLimit(Case):
     def test_the_line_names_field_size_and_limit(self):
         self.refused(lambda s: s["server"].update(address="a" * 129),
                      "VynConnectionParameters: serverParameters.address: 129 bytes, at most 128")
-        self.refused(lambda s: s["tls"].update(privateKey="k" * 16385),
-                     "VynConnectionParameters: serverParameters.ssl.field4: 16385 bytes, at most 16384")
+        self.refused(lambda s: s["tls"].update(privateKey="k" * 129),
+                     "VynConnectionParameters: serverParameters.ssl.field4: 129 bytes, at most 128")
         self.refused(lambda s: s["credentials"].update(password=SECRET + "p" * 128),
                      "VynConnectionParameters: credentials.password: 137 bytes, at most 128")
         self.refused(lambda s: s["parameters"].update({"n" * 129: 1}),

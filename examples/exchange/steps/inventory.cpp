@@ -21,7 +21,7 @@ namespace {
 
 // What this step puts into the records' fields.
 constexpr std::tuple labels = {
-    Label<&vyn_connector::AppInfo::productInfo>{"the product, a package"},
+    Label<&vyn_connector::AppInfo::productInfo>{"a package"},
     Label<&vyn_connector::ProductInfo::field1>{"package"},
     Label<&vyn_connector::ProductInfo::field2>{"version"},
     Label<&vyn_connector::ProductInfo::field3>{"bytes installed"},
