@@ -8,6 +8,7 @@ consumer=$sourceDir/tests/install/consumer
 
 rm -rf "$workDir"
 "$cmake" -S "$sourceDir" -B "$workDir/library" -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_INSTALL_LIBDIR="$libDir" \
     -DCMAKE_CXX_COMPILER="$compiler"
 "$cmake" --build "$workDir/library" --parallel 2
 "$cmake" --install "$workDir/library" --prefix "$prefix"
