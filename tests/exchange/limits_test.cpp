@@ -11,12 +11,12 @@ namespace {
 using namespace vyn_connector;
 
 template <typename Record>
-class EveryRecord : public testing::Test {
+class LimitsOfEveryRecord : public testing::Test {
 };
 using Records = testing::Types<VynConnectionParameters, AppInfo, VynSubscriptionsWithHash, VynEvent,
                                std::vector<ClientCertInfo>, ClientCertParams, FileInfoParams, FileInfo, FileChunkParams,
                                FileChunk, std::vector<common::RawVynParam>>;
-TYPED_TEST_SUITE(EveryRecord, Records);
+TYPED_TEST_SUITE(LimitsOfEveryRecord, Records);
 
 // With two items in each list, and each string short.
 template <typename Record>
@@ -49,7 +49,7 @@ try {
 // Lists whose limit no memory could reach are left out.
 constexpr std::size_t reachable = 100000;
 
-TYPED_TEST(EveryRecord, IsRefusedByThePathOfTheFieldThatIsOneOverItsLimit)
+TYPED_TEST(LimitsOfEveryRecord, AreThoseOfTheLibrary)
 {
     int count = 0;
     auto countFields = [&](const std::string&, auto&, std::size_t) { ++count; };
