@@ -6,7 +6,8 @@ set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/vyn_connector_common)
 install(
     TARGETS vyn_connector_common
     EXPORT vyn_connector_commonTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(
     DIRECTORY lyr_ipc/source/common/include/ runtime/include/
     DESTINATION ${headerInstallDir}

@@ -40,7 +40,7 @@ int Run(Side side, bool peerIsOurs, const Options& options, Connect connect)
         std::optional<Capture> capture;
         if (!options.capture.empty() && !(peerIsOurs && side == Side::Server)) capture.emplace(options.capture);
         Channel channel(socket, capture ? &*capture : nullptr);
-        Session session{channel, console, options};
+        Session session{channel, console, options, peerIsOurs};
         if (side == Side::Server)
             TalkAsServer(session);
         else
@@ -172,7 +172,7 @@ try {
         app.parse(argc, argv);
     } catch (const CLI::ExtrasError&) {
         // Its text quotes the arguments, among which there may be a password.
-        fmt::print(stderr, "exchange: there are arguments too many; see --help\n");
+        Console::ProgramError("there are arguments too many; see --help");
         return exitFailure;
     } catch (const CLI::CallForVersion& version) {
         WriteOutput(fmt::format("{}\n", version.what()));
@@ -181,7 +181,7 @@ try {
         WriteOutput(app.help());
         return EXIT_SUCCESS;
     } catch (const CLI::ParseError& error) {
-        fmt::print(stderr, "exchange: {}; see --help\n", error.what());
+        Console::ProgramError(fmt::format("{}; see --help", error.what()));
         return exitFailure;
     }
 
@@ -192,6 +192,6 @@ try {
 } catch (const OutputClosed&) {
     return exitSignal + SIGPIPE;
 } catch (const std::exception& error) {
-    fmt::print(stderr, "exchange: {}\n", error.what());
+    Console::ProgramError(error.what());
     return exitFailure;
 }

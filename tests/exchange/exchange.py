@@ -48,6 +48,7 @@ EVERY_RECORD = [
     "FileInfoParams", "FileInfo", "FileChunkParams", "FileChunk", "VynConnectorState",
 ]
 MIB = 1 << 20
+VALUE_COLUMN = 34
 END = b"VYN1" + bytes(12)
 
 
@@ -138,14 +139,21 @@ class Case(unittest.TestCase):
 
     def fields(self, output, record):
         """What the server printed below the record's line, as (indentation, name, value)."""
+        return [(indent, name, value) for indent, name, _, value in self.labelled_fields(output, record)]
+
+    def labelled_fields(self, output, record):
+        """As (indentation, name, label, value)."""
         lines = self.lines(output)
         start = next(i for i, line in enumerate(lines) if line.startswith(record + ":"))
         found = []
         for line in lines[start + 1:]:
             if not line.startswith(" "):
                 break
-            name, _, value = line.strip().partition(" ")
-            found.append((len(line) - len(line.lstrip()), name, value.strip()))
+            heading, value = line[:VALUE_COLUMN].strip(), line[VALUE_COLUMN:]
+            name, _, label = heading.partition(" ")
+            if name.endswith(":"):  # an item of a list
+                label, value = "", label + value
+            found.append((len(line) - len(line.lstrip()), name, label.strip(), value))
         return found
 
     def assert_refused(self, result, line, status=1):

@@ -1,4 +1,4 @@
-// How far a transfer has come: on a terminal a bar that moves, elsewhere a line now and then.
+// How far a transfer has come: a bar that moves on a terminal that can show it, elsewhere a line now and then.
 #pragma once
 
 #include "host/console.h"
@@ -20,8 +20,9 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    // "12.0 of 256.0 MiB, 800.1 MiB/s, 0:03 left"
-    std::string Text(Clock::time_point now) const;
+    // "NAME: 12.0 of 256.0 MiB, 800.1 MiB/s, 0:03 left"
+    std::string Text(const std::string& name, Clock::time_point now) const;
+    std::string WithBar(const std::string& text) const;
 
     Console& console_;
     std::string name_;

@@ -17,6 +17,13 @@ namespace {
 
 using Certificates = std::vector<vyn_connector::ClientCertInfo>;
 
+constexpr std::tuple labels = {
+    Label<&vyn_connector::ClientCertParams::field1>{"folder"},
+    Label<&vyn_connector::ClientCertParams::field2>{"subjects"},
+    Label<&vyn_connector::ClientCertParams::field3>{"all were sent"},
+    Label<&vyn_connector::ClientCertParams::field4>{"certificates"},
+};
+
 constexpr std::size_t textLimit = limitOf<&vyn_connector::ClientCertInfo::field2>;
 
 std::vector<std::string> CertificateFiles(const std::string& folder)
@@ -101,12 +108,12 @@ void ReceiveCertificates(Session& session)
     while (const auto batch = session.channel.ReceiveOrEnd<Certificates>()) {
         ShowSizes(session.console, *batch);
         if (!batch->record.empty())
-            session.console.Line(fmt::format("  {} certificates, the first is of {}", batch->record.size(),
+            session.console.Line(fmt::format("  {}, the first is of {}", Amount(batch->record.size(), "certificate"),
                                              batch->record.front().field3));
         count += batch->record.size();
     }
     const auto summary = session.channel.Receive<vyn_connector::ClientCertParams>();
-    Show(session.console, summary);
+    Show(session.console, summary, labels);
     if (summary.record.field4 != count)
         throw std::runtime_error(
             fmt::format("the peer announces {} certificates and sent {}", summary.record.field4, count));

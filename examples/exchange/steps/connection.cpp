@@ -11,6 +11,27 @@ namespace {
 
 // The records carry numbered fields; what they mean is agreed between those who use them. Here it is what the keys of
 // the settings file say.
+constexpr std::tuple labels = {
+    Label<&vyn_connector::VynConnectionParameters::serverParameters>{"the server"},
+    Label<&vyn_connector::VynConnectionParameters::credentials>{"the connector's"},
+    Label<&vyn_connector::ServerConnectionParameters::ssl>{"TLS"},
+    Label<&vyn_connector::ServerConnectionParameters::timeouts>{"in milliseconds"},
+    Label<&vyn_connector::SslSettings::field1>{"minimum version"},
+    Label<&vyn_connector::SslSettings::field2>{"trusted"},
+    Label<&vyn_connector::SslSettings::field3>{"certificate"},
+    Label<&vyn_connector::SslSettings::field4>{"private key"},
+    Label<&vyn_connector::SslSettings::field5>{"ciphers"},
+    Label<&vyn_connector::VynRequestsTimeouts::field1>{"to connect"},
+    Label<&vyn_connector::VynRequestsTimeouts::field2>{"for a request"},
+    Label<&vyn_connector::VynConnectorSettings::field1>{"heartbeat, s"},
+    Label<&vyn_connector::VynConnectorSettings::field2>{"reconnect, s"},
+    Label<&vyn_connector::VynConnectorSettings::field3>{"at most, s"},
+    Label<&vyn_connector::VynConnectorSettings::field4>{"queued events"},
+    Label<&vyn_connector::VynConnectorSettings::field5>{"queued bytes"},
+    Label<&vyn_connector::VynConnectorSettings::field6>{"log level"},
+    Label<&vyn_connector::VynServerData::field1>{"identifier"},
+};
+
 vyn_connector::SslSettings TlsFrom(const Settings& settings)
 {
     vyn_connector::SslSettings tls;
@@ -68,9 +89,9 @@ void SendConnection(Session& session)
 
 void ReceiveConnection(Session& session)
 {
-    Show(session.console, session.channel.Receive<vyn_connector::VynConnectionParameters>());
-    Show(session.console, session.channel.Receive<vyn_connector::VynConnectorSettings>());
-    Show(session.console, session.channel.Receive<vyn_connector::VynServerData>());
+    Show(session.console, session.channel.Receive<vyn_connector::VynConnectionParameters>(), labels);
+    Show(session.console, session.channel.Receive<vyn_connector::VynConnectorSettings>(), labels);
+    Show(session.console, session.channel.Receive<vyn_connector::VynServerData>(), labels);
     Show(session.console, session.channel.Receive<std::vector<vyn_connector::common::RawVynParam>>());
 }
 

@@ -16,10 +16,12 @@ std::vector<const Step*> StepsToTake(const std::string& name)
     return chosen;
 }
 
+// Each side has seen every message, so where both are ours one table says it all: the server's.
 void PrintTable(Session& session)
 {
+    if (session.peerIsOurs && session.console.Side() == "connector") return;
     if (session.options.json)
-        Console::Json(session.channel.Counts().ToJson(session.console.Side()));
+        Console::Json(session.channel.Counts().ToJson(session.peerIsOurs ? "both" : session.console.Side()));
     else
         session.channel.Counts().Print(session.console);
 }

@@ -15,6 +15,7 @@ struct Session {
     Channel& channel;
     Console& console;
     const Options& options;
+    bool peerIsOurs; // one program is both sides
 };
 
 struct Step {

@@ -1,13 +1,7 @@
-// The limits of a record's fields, as its table gives them.
+// What the steps make of their records' limits.
 #pragma once
 
-#include <common/vyn_connector_common.h>
-
-#include <fmt/format.h>
-
-#include <optional>
-#include <string>
-#include <vector>
+#include "transport/limits.h"
 
 namespace exchange {
 
@@ -19,57 +13,24 @@ inline constexpr std::size_t limitOf = vyn_connector::common::RowOf<Member>::Kin
 template <typename List>
 inline constexpr std::size_t itemLimitOf = vyn_connector::common::RowOfWhole<List>::Kind::limit;
 
-// Cuts whatever in the record is over its limit, and calls `tell` with a line about each.
-template <typename Record, typename Tell>
-void CutToLimits(Record& record, const std::string& name, Tell tell);
-
-namespace cut {
-
-template <typename Kind, typename Value, typename Tell>
-void Cut(Kind, Value&, const std::string&, Tell)
-{
-}
-template <std::size_t Max, typename Tell>
-void Cut(vyn_connector::common::kind::Text<Max>, std::string& value, const std::string& name, Tell tell)
-{
-    if (value.size() <= Max) return;
-    std::size_t end = Max;
-    while (end > 0 && (static_cast<unsigned char>(value[end]) & 0xC0U) == 0x80)
-        --end; // not in the middle of a UTF-8 character
-    tell(fmt::format("{} is cut from {} to {} bytes", name, value.size(), end));
-    value.resize(end);
-}
-template <typename Kind, typename Value, typename Tell>
-void Cut(vyn_connector::common::kind::Optional<Kind>, std::optional<Value>& value, const std::string& name, Tell tell)
-{
-    if (value) Cut(Kind{}, *value, name, tell);
-}
-template <typename Value, typename Tell>
-void Cut(vyn_connector::common::kind::Nested, Value& value, const std::string& name, Tell tell)
-{
-    CutToLimits(value, name, tell);
-}
-template <std::uint64_t Max, typename Value, typename Tell>
-void Cut(vyn_connector::common::kind::List<Max>, std::vector<Value>& values, const std::string& name, Tell tell)
-{
-    if (values.size() > Max) {
-        tell(fmt::format("{} is cut from {} to {} items", name, values.size(), Max));
-        values.resize(Max);
-    }
-    for (Value& value : values)
-        CutToLimits(value, name, tell);
-}
-
-} // namespace cut
-
+// Cuts whatever in the record is over its limit, and calls `tell` with a line about each. What lies in a set or map is
+// left as it is.
 template <typename Record, typename Tell>
 void CutToLimits(Record& record, const std::string& name, Tell tell)
 {
-    vyn_connector::common::ForEachRow<Record>([&](auto row) {
-        using Row = decltype(row);
-        if constexpr (vyn_connector::common::isField<Row>)
-            cut::Cut(typename Row::Kind{}, Row::InDomain::Of(record), fmt::format("{}.{}", name, row.name), tell);
-    });
+    auto cut = [&](const std::string& path, auto& value, std::size_t limit) {
+        using Value = std::remove_reference_t<decltype(value)>;
+        if constexpr (!std::is_const_v<Value>) {
+            if (value.size() <= limit) return;
+            std::size_t end = limit;
+            if constexpr (std::is_same_v<Value, std::string>)
+                while (end > 0 && (static_cast<unsigned char>(value[end]) & 0xC0U) == 0x80)
+                    --end; // not in the middle of a UTF-8 character
+            tell(fmt::format("{} is cut from {} to {}", path, value.size(), Amount(end, unitOf<Value>)));
+            value.resize(end);
+        }
+    };
+    ForEachLimited(record, name, cut);
 }
 
 } // namespace exchange

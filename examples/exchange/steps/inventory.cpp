@@ -19,6 +19,39 @@ namespace exchange {
 
 namespace {
 
+// What this step puts into the records' fields.
+constexpr std::tuple labels = {
+    Label<&vyn_connector::AppInfo::productInfo>{"a package"},
+    Label<&vyn_connector::ProductInfo::field1>{"package"},
+    Label<&vyn_connector::ProductInfo::field2>{"version"},
+    Label<&vyn_connector::ProductInfo::field3>{"bytes installed"},
+    Label<&vyn_connector::ProductInfo::field4>{"description"},
+    Label<&vyn_connector::ProductInfo::field5>{"maintainer"},
+    Label<&vyn_connector::ProductInfo::updCfgArray>{"etc/os-release"},
+    Label<&vyn_connector::ProductInfo::hsdpInfo>{"kernel hardening"},
+    Label<&vyn_connector::ProductHsdpInfo::field1>{"settings found"},
+    Label<&vyn_connector::ProductInfo::field6>{"is installed"},
+    Label<&vyn_connector::LicenseKeyInfo::field4>{"since"},
+    Label<&vyn_connector::LicenseKeyInfo::field8>{"licence"},
+    Label<&vyn_connector::AppInfo::deviceInfo>{"the machine"},
+    Label<&vyn_connector::DeviceInfo::field1>{"host name"},
+    Label<&vyn_connector::DeviceInfo::field2>{"operating system"},
+    Label<&vyn_connector::DeviceInfo::field3>{"processors"},
+    Label<&vyn_connector::DeviceInfo::field4>{"page size, bytes"},
+    Label<&vyn_connector::DeviceInfo::field5>{"bits of an address"},
+    Label<&vyn_connector::DeviceInfo::field6>{"kernel"},
+    Label<&vyn_connector::DeviceInfo::field7>{"kernel release"},
+    Label<&vyn_connector::DeviceInfo::field8>{"memory, bytes"},
+    Label<&vyn_connector::DeviceInfo::field9>{"architecture"},
+    Label<&vyn_connector::DeviceInfo::field10>{"CPU"},
+    Label<&vyn_connector::DeviceInfo::field11>{"system's name"},
+    Label<&vyn_connector::DeviceInfo::field12>{"system's version"},
+    Label<&vyn_connector::DeviceInfo::field13>{"version's name"},
+    Label<&vyn_connector::DeviceInfo::field14>{"machine's identity"},
+    Label<&vyn_connector::DeviceInfo::field15>{"kernel build"},
+    Label<&vyn_connector::DynamicAppInfo::field1>{"free memory, bytes"},
+};
+
 // The machine's files, below the root that was given.
 class Machine {
 public:
@@ -207,8 +240,8 @@ void SendInventory(Session& session)
 
 void ReceiveInventory(Session& session)
 {
-    Show(session.console, session.channel.Receive<vyn_connector::AppInfo>());
-    Show(session.console, session.channel.Receive<vyn_connector::DynamicAppInfo>());
+    Show(session.console, session.channel.Receive<vyn_connector::AppInfo>(), labels);
+    Show(session.console, session.channel.Receive<vyn_connector::DynamicAppInfo>(), labels);
 }
 
 } // namespace exchange

@@ -13,12 +13,14 @@ void SendStates(Session& session)
 
 void ReceiveStates(Session& session)
 {
-    std::string line = "states, with their codes:";
+    std::string states = "state:        ";
+    std::string codes = "on the wire:  ";
     while (const auto received = session.channel.ReceiveOrEnd<vyn_connector::VynConnectorState>()) {
-        const auto code = vyn_connector::common::CastToZt(received->record);
-        line += fmt::format(" {} ({})", static_cast<int>(received->record), code.value_or(0));
+        states += fmt::format("{:>4}", static_cast<int>(received->record));
+        codes += fmt::format("{:>4}", vyn_connector::common::CastToZt(received->record).value_or(0));
     }
-    session.console.Line(line);
+    session.console.Line(states);
+    session.console.Line(codes);
 }
 
 } // namespace exchange

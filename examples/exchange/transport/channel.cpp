@@ -2,6 +2,8 @@
 
 #include "host/printable.h"
 
+#include <mur/utf8.h>
+
 #include <algorithm>
 
 namespace exchange {
@@ -117,11 +119,7 @@ void Channel::RaiseAbout(std::string_view record)
     try {
         throw;
     } catch (const mur::Exception& error) {
-        std::string text;
-        const mur::types::wide_string wide = error.Text();
-        for (const char16_t character : std::u16string_view(wide))
-            text += static_cast<char>(character); // the library's own texts are ASCII
-        throw std::runtime_error(fmt::format("{}: {}", record, text));
+        throw std::runtime_error(fmt::format("{}: {}", record, mur::to_utf8(error.Text())));
     } catch (const std::exception& error) {
         throw std::runtime_error(fmt::format("{}: {}", record, error.what()));
     }

@@ -6,10 +6,10 @@
 #include "transport/capture.h"
 #include "transport/claims.h"
 #include "transport/codec.h"
+#include "transport/limits.h"
 #include "transport/statistics.h"
 #include "transport/transport.h"
 
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -83,18 +83,15 @@ private:
     template <typename Record>
     Message Encode(const Record& record)
     try {
+        CheckLimits(record);
         Message message;
         message.record = Codec<Record>::name;
         message.arena.resize(Codec<Record>::Size(record));
         zt_arena arena = EmptyArena(message.arena);
-
-        const auto begin = std::chrono::steady_clock::now();
         const auto wire = Codec<Record>::Encode(record, arena);
-        const auto end = std::chrono::steady_clock::now();
-
         message.wire.resize(sizeof(wire));
         std::memcpy(message.wire.data(), &wire, sizeof(wire));
-        statistics_.Encoded(message.record, message.wire.size(), message.arena.size(), end - begin);
+        statistics_.Add(record, message.wire.size(), message.arena.size());
         return message;
     } catch (...) {
         RaiseAbout(Codec<Record>::name);
@@ -107,12 +104,8 @@ private:
         std::memcpy(&wire, message.wire.data(), sizeof(wire));
         const zt_arena arena = FullArena(message.arena);
         if constexpr (vyn_connector::common::isDescribed<Record>) CheckClaims<Record>(message.wire.data(), arena);
-
-        const auto begin = std::chrono::steady_clock::now();
         Record record = Codec<Record>::Decode(wire, arena);
-        const auto end = std::chrono::steady_clock::now();
-
-        statistics_.Decoded(message.record, message.wire.size(), message.arena.size(), end - begin);
+        statistics_.Add(record, message.wire.size(), message.arena.size());
         return record;
     } catch (...) {
         RaiseAbout(Codec<Record>::name);

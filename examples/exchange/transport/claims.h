@@ -62,7 +62,7 @@ private:
             Add<Element>(array.data + i * size);
     }
     // Its reader reserves an element for each byte that is claimed, before it looks where the pointer leads.
-    template <typename Values, std::int64_t MaxCount>
+    template <typename Values, std::uint64_t MaxCount>
     void Walk(vyn_connector::common::kind::Range<MaxCount>, const std::uint8_t* wire)
     {
         Count(sizeof(typename Values::value_type) * std::uint64_t{PointerAt(wire).size});
@@ -71,11 +71,11 @@ private:
     void Walk(vyn_connector::common::kind::Optional<Kind>, const std::uint8_t* wire)
     {
         using Content = typename Value::value_type;
-        const Array slots = Elements(wire, sizeof(typename vyn_connector::common::kind::SlotOf<Content>::Type));
+        const Array slots = Elements(wire, sizeof(typename Kind::template Element<Content>));
         if (slots.count != 0) Walk<Content>(Kind{}, slots.data);
     }
-    template <typename Value, std::uint64_t MaxCount>
-    void Walk(vyn_connector::common::kind::Set<MaxCount>, const std::uint8_t* wire)
+    template <typename Value, std::uint64_t MaxCount, typename Kind>
+    void Walk(vyn_connector::common::kind::Set<MaxCount, Kind>, const std::uint8_t* wire)
     {
         const Array texts = Elements(wire, sizeof(zt_ptr_t));
         for (std::size_t i = 0; i < texts.count; ++i)
@@ -89,7 +89,7 @@ private:
             Add<Entry>(wire + i * sizeof(vyn_connector::common::WireOf<Entry>));
     }
     template <typename Value, std::size_t MaxCount, std::size_t MaxBytes>
-    void Walk(vyn_connector::common::kind::Texts<MaxCount, MaxBytes>, const std::uint8_t* wire)
+    void Walk(vyn_connector::common::kind::EventTexts<MaxCount, MaxBytes>, const std::uint8_t* wire)
     {
         for (std::size_t i = 0; i < MaxCount; ++i)
             Elements(wire + i * sizeof(zt_ptr_t), 1);

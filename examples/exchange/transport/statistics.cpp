@@ -5,65 +5,53 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace exchange {
 
-void Statistics::Encoded(const std::string& record, std::size_t wire, std::size_t arena, std::chrono::nanoseconds time)
-{
-    Count(record, wire, arena).encode.Add(time);
-}
-
-void Statistics::Decoded(const std::string& record, std::size_t wire, std::size_t arena, std::chrono::nanoseconds time)
-{
-    Count(record, wire, arena).decode.Add(time);
-}
-
 void Statistics::Print(Console& console) const
 {
-    const auto median = [](const Times& times) {
-        return times.count == 0 ? std::string("-") : std::to_string(times.Median());
-    };
-    constexpr const char* format = "{:<28} {:>9} {:>11} {:>12} {:>10} {:>10}";
     console.Line("");
-    console.Line(fmt::format(format, "record", "messages", "wire bytes", "arena bytes", "encode ns", "decode ns"));
-    for (const Row& row : rows_)
-        console.Line(fmt::format(format, row.record, row.messages, row.wireBytes, row.arenaBytes, median(row.encode),
-                                 median(row.decode)));
+    console.Line("each record's messages, and the speed of the largest one:");
+    TableRows table = {{"record", "messages", "bytes", "largest", "encode", "", "decode", ""},
+                       {"", "", "", "", "ns", "GB/s", "ns", "GB/s"}};
+    for (const Row& row : rows_) {
+        table.push_back({row.record, fmt::to_string(row.messages), fmt::to_string(row.wireBytes + row.arenaBytes),
+                         fmt::to_string(row.largestBytes)});
+        const std::optional<Speed> speed = row.measure();
+        for (const double Speed::*time : {&Speed::encodeNanoseconds, &Speed::decodeNanoseconds}) {
+            table.back().push_back(speed ? fmt::format("{:.0f}", (*speed).*time) : "-");
+            table.back().push_back(speed ? fmt::format("{:.1f}", static_cast<double>(row.largestBytes) / (*speed).*time)
+                                         : "-");
+        }
+    }
+    console.Table(table);
 }
 
 std::string Statistics::ToJson(std::string_view side) const
 {
-    const auto median = [](const Times& times) {
-        return times.count == 0 ? nlohmann::ordered_json() : nlohmann::ordered_json(times.Median());
+    const auto number = [](bool isKnown, double value) {
+        return isKnown ? nlohmann::ordered_json(std::round(value * 10) / 10) : nlohmann::ordered_json();
     };
     nlohmann::ordered_json records = nlohmann::ordered_json::array();
-    for (const Row& row : rows_)
+    for (const Row& row : rows_) {
+        const std::optional<Speed> measured = row.measure();
+        const Speed speed = measured.value_or(Speed{1, 1});
+        const auto bytes = static_cast<double>(row.largestBytes) * 1e9;
         records.push_back({{"record", row.record},
                            {"messages", row.messages},
                            {"wireBytes", row.wireBytes},
                            {"arenaBytes", row.arenaBytes},
-                           {"encodeNanoseconds", median(row.encode)},
-                           {"decodeNanoseconds", median(row.decode)}});
+                           {"largestBytes", row.largestBytes},
+                           {"encodeNanoseconds", number(measured.has_value(), speed.encodeNanoseconds)},
+                           {"encodeBytesPerSecond", number(measured.has_value(), bytes / speed.encodeNanoseconds)},
+                           {"decodeNanoseconds", number(measured.has_value(), speed.decodeNanoseconds)},
+                           {"decodeBytesPerSecond", number(measured.has_value(), bytes / speed.decodeNanoseconds)}});
+    }
     return nlohmann::ordered_json({{"side", side}, {"records", records}}).dump();
 }
 
-void Statistics::Times::Add(std::chrono::nanoseconds time)
-{
-    last[count % last.size()] = time.count();
-    ++count;
-}
-
-std::int64_t Statistics::Times::Median() const
-{
-    if (count == 0) return -1;
-    std::vector<std::int64_t> sorted(last.begin(),
-                                     last.begin() + static_cast<std::ptrdiff_t>(std::min(count, last.size())));
-    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-    std::nth_element(sorted.begin(), middle, sorted.end());
-    return *middle;
-}
-
-Statistics::Row& Statistics::Count(const std::string& record, std::size_t wire, std::size_t arena)
+Statistics::Row& Statistics::Count(const std::string& record, std::size_t wireBytes, std::size_t arenaBytes)
 {
     auto row = std::find_if(rows_.begin(), rows_.end(), [&](const Row& other) { return other.record == record; });
     if (row == rows_.end()) {
@@ -72,8 +60,8 @@ Statistics::Row& Statistics::Count(const std::string& record, std::size_t wire, 
         row->record = record;
     }
     ++row->messages;
-    row->wireBytes += wire;
-    row->arenaBytes += arena;
+    row->wireBytes += wireBytes;
+    row->arenaBytes += arenaBytes;
     return *row;
 }
 

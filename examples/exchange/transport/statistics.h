@@ -1,9 +1,11 @@
-// What went over a channel: for each record the messages, their bytes, and how long the conversions took.
+// What went over a channel: for each record the messages, their bytes, and how fast the largest of them is converted.
+// That is measured when the conversation is over, in some milliseconds for all records together.
 #pragma once
 
-#include <array>
-#include <chrono>
+#include "transport/measure.h"
+
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,32 +16,35 @@ class Console;
 
 class Statistics {
 public:
-    void Encoded(const std::string& record, std::size_t wire, std::size_t arena, std::chrono::nanoseconds time);
-    void Decoded(const std::string& record, std::size_t wire, std::size_t arena, std::chrono::nanoseconds time);
+    template <typename Record>
+    void Add(const Record& record, std::size_t wireBytes, std::size_t arenaBytes)
+    {
+        Row& row = Count(Codec<Record>::name, wireBytes, arenaBytes);
+        if (wireBytes + arenaBytes <= row.largestBytes) return;
+        row.largestBytes = wireBytes + arenaBytes;
+        row.measure = [largest = record] { return Measure(largest); };
+    }
+    void Add(const vyn_connector::common::VynUpdateIdentifierRange& range, std::size_t wireBytes,
+             std::size_t arenaBytes)
+    {
+        Add(vyn_connector::VynUpdateIdentifiers(range.first, range.second), wireBytes, arenaBytes);
+    }
 
+    // Both measure.
     void Print(Console& console) const;
     std::string ToJson(std::string_view side) const;
 
 private:
-    // The last times only, so that a transfer of gigabytes takes no more memory than a short one.
-    struct Times {
-        void Add(std::chrono::nanoseconds time);
-        std::int64_t Median() const; // -1: there are none
-
-        std::array<std::int64_t, 1024> last{};
-        std::size_t count = 0;
-    };
-
     struct Row {
         std::string record;
         std::uint64_t messages = 0;
         std::uint64_t wireBytes = 0;
         std::uint64_t arenaBytes = 0;
-        Times encode;
-        Times decode;
+        std::uint64_t largestBytes = 0; // of one message, wire structure and arena
+        std::function<std::optional<Speed>()> measure;
     };
 
-    Row& Count(const std::string& record, std::size_t wire, std::size_t arena);
+    Row& Count(const std::string& record, std::size_t wireBytes, std::size_t arenaBytes);
 
     std::vector<Row> rows_; // in the order of their first message
 };
