@@ -97,7 +97,7 @@ vyn_connector::VynEvent EventOf(const LogLine& line, const std::string& path, st
 void DropWhatDoesNotFit(vyn_connector::VynEvent& event, Console& console)
 {
     std::vector<std::uint8_t> buffer(vyn_connector::common::ArenaSize(event, 0));
-    zt_arena arena = EmptyArena(buffer);
+    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
     auto status = lyr::ipc::arena::conv::Status::Ok;
     const auto wire = lyr::ipc::arena::conv::ToZt(arena, event, status);
     if (status == lyr::ipc::arena::conv::Status::Ok) return;

@@ -110,7 +110,7 @@ void SendSubscriptions(Session& session)
     constexpr auto batch = static_cast<std::ptrdiff_t>(itemLimitOf<vyn_connector::VynUpdateIdentifiers>);
     for (auto first = identifiers.cbegin(); first != identifiers.cend();) {
         const auto last = first + std::min(batch, identifiers.cend() - first);
-        session.channel.Send(vyn_connector::common::VynUpdateIdentifierRange{first, last});
+        session.channel.Send(vyn_connector::VynUpdateIdentifiers(first, last));
         first = last;
     }
     session.channel.SendEnd();

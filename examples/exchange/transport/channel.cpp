@@ -49,19 +49,6 @@ std::vector<std::uint8_t> FrameOf(const Message& message)
 
 } // namespace
 
-// An arena's addresses must not be null, not even those of an empty one, which is what the vector would give.
-zt_arena FullArena(std::vector<std::uint8_t>& buffer)
-{
-    buffer.reserve(1);
-    return {buffer.data(), buffer.data() + buffer.size(), buffer.data() + buffer.size()};
-}
-
-zt_arena EmptyArena(std::vector<std::uint8_t>& buffer)
-{
-    buffer.reserve(1);
-    return {buffer.data(), buffer.data(), buffer.data() + buffer.size()};
-}
-
 void Channel::SendEnd()
 {
     const std::vector<std::uint8_t> frame = FrameOf({});

@@ -24,10 +24,6 @@ struct Message {
     std::vector<std::uint8_t> arena;
 };
 
-// An arena over a buffer: all of it is in use, or, to write into, none.
-zt_arena FullArena(std::vector<std::uint8_t>& buffer);
-zt_arena EmptyArena(std::vector<std::uint8_t>& buffer);
-
 // A record that came from the peer, and what it took.
 template <typename Record>
 struct Received {
@@ -86,11 +82,10 @@ private:
         CheckLimits(record);
         Message message;
         message.record = Codec<Record>::name;
-        message.arena.resize(Codec<Record>::Size(record));
-        zt_arena arena = EmptyArena(message.arena);
-        const auto wire = Codec<Record>::Encode(record, arena);
-        message.wire.resize(sizeof(wire));
-        std::memcpy(message.wire.data(), &wire, sizeof(wire));
+        auto encoded = Codec<Record>::Encode(record);
+        message.arena = std::move(encoded.arena);
+        message.wire.resize(sizeof(encoded.wire));
+        std::memcpy(message.wire.data(), &encoded.wire, sizeof(encoded.wire));
         statistics_.Add(record, message.wire.size(), message.arena.size());
         return message;
     } catch (...) {
@@ -98,13 +93,13 @@ private:
     }
 
     template <typename Record>
-    Record Decode(Message& message)
+    Record Decode(const Message& message)
     try {
         typename Codec<Record>::Wire wire;
         std::memcpy(&wire, message.wire.data(), sizeof(wire));
-        const zt_arena arena = FullArena(message.arena);
-        if constexpr (vyn_connector::common::isDescribed<Record>) CheckClaims<Record>(message.wire.data(), arena);
-        Record record = Codec<Record>::Decode(wire, arena);
+        if constexpr (vyn_connector::common::isDescribed<Record>)
+            CheckClaims<Record>(message.wire.data(), message.arena);
+        Record record = Codec<Record>::Decode(wire, message.arena);
         statistics_.Add(record, message.wire.size(), message.arena.size());
         return record;
     } catch (...) {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+#include <vector>
 
 namespace exchange {
 
@@ -18,7 +19,7 @@ constexpr std::uint64_t mostClaimed = 16;
 
 class Claims {
 public:
-    explicit Claims(const zt_arena& arena, std::uint64_t limit) : arena_(arena), limit_(limit) {}
+    Claims(const std::vector<std::uint8_t>& arena, std::uint64_t limit) : arena_(arena), limit_(limit) {}
 
     // `wire` is the wire structure, wherever it lies. Throws std::length_error where the sum is over the limit, before it
     // looks any further.
@@ -111,10 +112,10 @@ private:
     Array Elements(const std::uint8_t* wire, std::size_t elementSize)
     {
         const zt_ptr_t pointer = PointerAt(wire);
-        Array array{nullptr, 0};
-        array.data = static_cast<const std::uint8_t*>(zt_arena_resolve(&arena_, &pointer, elementSize, &array.count));
-        if (array.data != nullptr) Count(pointer.size);
-        return array;
+        const bool isInside = std::uint64_t{pointer.offset} + pointer.size <= arena_.size();
+        if (!isInside || pointer.size % elementSize != 0) return {nullptr, 0};
+        Count(pointer.size);
+        return {arena_.data() + pointer.offset, pointer.size / elementSize};
     }
 
     void Count(std::uint64_t bytes)
@@ -125,17 +126,16 @@ private:
                                                 limit_, mostClaimed));
     }
 
-    const zt_arena& arena_;
+    const std::vector<std::uint8_t>& arena_;
     std::uint64_t limit_;
     std::uint64_t sum_ = 0;
 };
 
 // Throws std::length_error where the record's pointers claim too much for the message that it came in.
 template <typename Record>
-void CheckClaims(const std::uint8_t* wire, const zt_arena& arena)
+void CheckClaims(const std::uint8_t* wire, const std::vector<std::uint8_t>& arena)
 {
-    const auto size = sizeof(vyn_connector::common::WireOf<Record>) + static_cast<std::size_t>(arena.end - arena.start);
-    Claims(arena, mostClaimed * size).Add<Record>(wire);
+    Claims(arena, mostClaimed * (sizeof(vyn_connector::common::WireOf<Record>) + arena.size())).Add<Record>(wire);
 }
 
 } // namespace exchange

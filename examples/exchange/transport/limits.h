@@ -102,12 +102,7 @@ void CheckLimits(const Record& record)
             throw std::length_error(fmt::format("{}: {}, at most {}", path,
                                                 Amount(value.size(), unitOf<std::decay_t<decltype(value)>>), limit));
     };
-    if constexpr (std::is_same_v<Record, vyn_connector::common::VynUpdateIdentifierRange>) {
-        const vyn_connector::VynUpdateIdentifiers identifiers(record.first, record.second);
-        ForEachLimited(identifiers, "", check);
-    } else if constexpr (vyn_connector::common::isDescribed<Record>) {
-        ForEachLimited(record, "", check);
-    }
+    if constexpr (vyn_connector::common::isDescribed<Record>) ForEachLimited(record, "", check);
 }
 
 } // namespace exchange

@@ -39,38 +39,22 @@ double MedianNanoseconds(Conversion convert)
     return readings[readings.size() / 2];
 }
 
-// What the codec encodes: a record itself, or a range, where the record is a vector of identifiers.
-template <typename Record>
-const Record& Encodable(const Record& record)
-{
-    return record;
-}
-inline vyn_connector::common::VynUpdateIdentifierRange Encodable(const vyn_connector::VynUpdateIdentifiers& record)
-{
-    return {record.cbegin(), record.cend()};
-}
-
 // Empty where the record cannot be encoded: a reader accepts more than a writer.
 template <typename Record>
 std::optional<Speed> Measure(const Record& record)
 try {
-    const auto& source = Encodable(record);
-    using Writer = Codec<std::decay_t<decltype(source)>>;
-    using Reader = Codec<Record>;
-
-    const std::size_t size = Writer::Size(source);
-    std::vector<std::uint8_t> buffer(std::max<std::size_t>(size, 1)); // an arena's addresses must not be null
-    const zt_arena empty{buffer.data(), buffer.data(), buffer.data() + size};
-    zt_arena arena = empty;
-    const auto wire = Writer::Encode(source, arena);
-    const zt_arena full = arena;
+    auto message = Codec<Record>::Encode(record);
+    message.arena.reserve(1); // an arena's addresses must not be null
+    std::uint8_t* const start = message.arena.data();
+    std::uint8_t* const end = start + message.arena.size();
+    const zt_arena full{start, end, end};
 
     Speed speed{};
     speed.encodeNanoseconds = MedianNanoseconds([&] {
-        arena = empty;
-        Writer::Encode(source, arena);
+        zt_arena arena{start, start, end};
+        Codec<Record>::Write(record, arena);
     });
-    speed.decodeNanoseconds = MedianNanoseconds([&] { Reader::Decode(wire, full); });
+    speed.decodeNanoseconds = MedianNanoseconds([&] { Codec<Record>::Read(message.wire, full); });
     return speed;
 } catch (const std::exception&) {
     return std::nullopt;

@@ -24,11 +24,6 @@ public:
         row.largestBytes = wireBytes + arenaBytes;
         row.measure = [largest = record] { return Measure(largest); };
     }
-    void Add(const vyn_connector::common::VynUpdateIdentifierRange& range, std::size_t wireBytes,
-             std::size_t arenaBytes)
-    {
-        Add(vyn_connector::VynUpdateIdentifiers(range.first, range.second), wireBytes, arenaBytes);
-    }
 
     // Both measure.
     void Print(Console& console) const;
