@@ -119,11 +119,12 @@ public:
           memory(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
     {
         if (memory == MAP_FAILED) throw std::bad_alloc();
-        content = new (memory) Content{};
+        auto* const written = new (memory) Content{};
         auto* const start = static_cast<std::uint8_t*>(memory) + sizeof(Content);
-        content->arena = {start, start, start + room};
-        const common::WireOf<Record> wire = conversion::Write(record, &content->arena);
-        std::memcpy(&content->wire, &wire, sizeof(wire));
+        written->arena = {start, start, start + room};
+        const common::WireOf<Record> wire = conversion::Write(record, &written->arena);
+        std::memcpy(&written->wire, &wire, sizeof(wire));
+        content = written;
         EXPECT_EQ(mprotect(memory, size, PROT_READ), 0);
     }
     ~ReadOnlyMessage() { munmap(memory, size); }
