@@ -198,6 +198,23 @@ TEST_P(ArenaExhaustion, EachPartAtItsLimitAndOverIt)
     }
 }
 
+// There, rounding up wraps. No memory backs this arena: a writer that takes any of it ends the test.
+TEST_P(ArenaExhaustion, FullArenaAtTheEndOfTheAddressSpace)
+{
+    const model::Value value = model::FullValue(Layout());
+    for (std::uintptr_t behind = 1; behind <= 9; ++behind) {
+        const std::size_t capacity = 0x1000 - behind;
+        const std::uintptr_t start = 0 - std::uintptr_t{0x1000};
+        auto* const end = reinterpret_cast<std::uint8_t*>(start + capacity);
+        zt_arena arena{reinterpret_cast<std::uint8_t*>(start), end, end};
+        model::Arena modelArena{start, capacity, std::string(capacity, '\0')};
+        model::Value inOrder;
+        const model::Outcome outcome = Record().write(value, &arena, &inOrder);
+        EXPECT_EQ(Describe(outcome), Describe(Write(Layout(), inOrder, &modelArena))) << behind;
+        EXPECT_EQ(arena.top, end);
+    }
+}
+
 TEST_P(ArenaExhaustion, NoArenaAndOneWithoutAddresses)
 {
     for (const model::Value& value : {model::FullValue(Layout()), Smallest(Layout())}) {
