@@ -121,6 +121,15 @@ void Check(const std::uint8_t* data, std::size_t size)
         return;
     }
 
+    if ((flags & MessageInput::LastArena) != 0) {
+        zt_arena last = LastAddresses(room, startMod16);
+        model::Arena modelLast{reinterpret_cast<std::uintptr_t>(last.start), room, std::string(room, '\0')};
+        const model::Outcome written = record.write(value, &last, &inOrder);
+        RequireSame(*record.layout, written, Write(*record.layout, inOrder, &modelLast), "writing");
+        Require(last.top == last.end, "the top of a full arena was moved");
+        return;
+    }
+
     ArenaBuffer buffer(std::string(capacity, '\xA5'), startMod16, top);
     std::string wire;
     if (!CheckWrite(record, value, buffer, wire)) return;
