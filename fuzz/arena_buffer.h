@@ -45,6 +45,14 @@ private:
     zt_arena arena{};
 };
 
+// The last bytes of the address space but `behind`, all in use. There, sums of addresses wrap. No memory backs it.
+inline zt_arena LastAddresses(std::size_t capacity, std::size_t behind)
+{
+    const std::uintptr_t end = 0 - std::uintptr_t{1} - behind;
+    auto* const last = reinterpret_cast<std::uint8_t*>(end);
+    return {reinterpret_cast<std::uint8_t*>(end - capacity), last, last};
+}
+
 inline bool Same(const model::Arena& a, const model::Arena& b)
 {
     return a.start == b.start && a.top == b.top && a.bytes == b.bytes;

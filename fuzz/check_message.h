@@ -59,6 +59,20 @@ inline bool CheckWrite(const library::Conversions& record, const model::Value& v
     return true;
 }
 
+// Nothing can be read there, so this is for messages whose pointers are outside or empty.
+inline void CheckInLastArena(const library::Conversions& record, const MessageInput& input)
+{
+    const model::Layout& layout = *record.layout;
+    const std::size_t capacity = input.message.arena.bytes.size();
+    for (const model::PointerAt& pointer : PointersOf(layout, {input.message.wire, {}})) {
+        const model::WirePointer wire = model::GetPointer(input.message.wire, pointer.at);
+        if (wire.size != 0 && std::uint64_t{wire.offset} + wire.size <= capacity) return;
+    }
+    const zt_arena last = LastAddresses(capacity, input.startMod16);
+    const model::Arena arena{reinterpret_cast<std::uintptr_t>(last.start), capacity, input.message.arena.bytes};
+    RequireSame(layout, record.read(input.message.wire, &last), Read(layout, input.message.wire, &arena), "reading");
+}
+
 inline void CheckMessage(const library::Conversions& record, const MessageInput& input)
 {
     const model::Layout& layout = *record.layout;
@@ -75,6 +89,8 @@ inline void CheckMessage(const library::Conversions& record, const MessageInput&
                     "reading");
         return;
     }
+
+    if ((input.flags & MessageInput::LastArena) != 0) return CheckInLastArena(record, input);
 
     ArenaBuffer buffer(input.message.arena.bytes, input.startMod16, input.message.arena.top);
     const model::Outcome read = CheckRead(record, input.message.wire, buffer);

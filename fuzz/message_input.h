@@ -18,7 +18,13 @@
 const std::vector<const model::Layout*>& InputLayouts();
 
 struct MessageInput {
-    enum Flags : unsigned { StartMod16 = 0x0F, NullPointer = 0x20, UnsetArena = 0x40, NullArena = 0x80 };
+    enum Flags : unsigned {
+        StartMod16 = 0x0F,
+        LastArena = 0x10, // the last bytes of the address space
+        NullPointer = 0x20,
+        UnsetArena = 0x40,
+        NullArena = 0x80
+    };
 
     std::size_t number = 0; // of the layout
     const model::Layout* layout = nullptr;

@@ -78,8 +78,8 @@ model::Value Smallest(const model::Layout& layout)
 TEST_P(ArenaExhaustion, EachCapacityUntilItFits)
 {
     for (const model::Value& value : {model::FullValue(Layout()), Smallest(Layout())}) {
-        for (const std::size_t start : {0, 1, 4, 7, 11}) {
-            for (const std::size_t top : {0, 3, 8}) {
+        for (const std::size_t start : {0u, 1u, 4u, 7u, 11u}) {
+            for (const std::size_t top : {0u, 3u, 8u}) {
                 const std::size_t needed = top + Write(Record(), value, 8192, start, top).moved;
 
                 for (std::size_t capacity = top; capacity <= needed + 1; ++capacity) {
@@ -182,7 +182,7 @@ TEST_P(ArenaExhaustion, EachPartAtItsLimitAndOverIt)
     model::Value full = model::FullValue(Layout());
     const std::size_t count = PartsOf(Layout(), full).size();
     for (std::size_t i = 0; i < count; ++i) {
-        for (const std::size_t over : {0, 1}) {
+        for (const std::size_t over : {0u, 1u}) {
             model::Value value = full;
             const Part part = PartsOf(Layout(), value)[i];
             if (part.limit > 65536) continue; // no list gets there
@@ -195,6 +195,23 @@ TEST_P(ArenaExhaustion, EachPartAtItsLimitAndOverIt)
             EXPECT_EQ(failed, over == 1) << Describe(written.outcome);
             if (HasFailure()) return;
         }
+    }
+}
+
+// There, rounding up wraps. No memory backs this arena: a writer that takes any of it ends the test.
+TEST_P(ArenaExhaustion, FullArenaAtTheEndOfTheAddressSpace)
+{
+    const model::Value value = model::FullValue(Layout());
+    for (std::uintptr_t behind = 1; behind <= 9; ++behind) {
+        const std::size_t capacity = 0x1000 - behind;
+        const std::uintptr_t start = 0 - std::uintptr_t{0x1000};
+        auto* const end = reinterpret_cast<std::uint8_t*>(start + capacity);
+        zt_arena arena{reinterpret_cast<std::uint8_t*>(start), end, end};
+        model::Arena modelArena{start, capacity, std::string(capacity, '\0')};
+        model::Value inOrder;
+        const model::Outcome outcome = Record().write(value, &arena, &inOrder);
+        EXPECT_EQ(Describe(outcome), Describe(Write(Layout(), inOrder, &modelArena))) << behind;
+        EXPECT_EQ(arena.top, end);
     }
 }
 

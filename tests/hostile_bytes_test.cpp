@@ -194,6 +194,28 @@ TEST_P(HostileBytes, EachTopInTheArena)
     }
 }
 
+// There, sums of addresses wrap. No memory backs this arena: a pointer that is not refused ends the test.
+TEST_P(HostileBytes, EachPointerWrapsAroundTheAddressSpace)
+{
+    const std::size_t capacity = 0xFFF;
+    const std::uintptr_t start = 0 - std::uintptr_t{0x1000};
+    const zt_arena arena{reinterpret_cast<std::uint8_t*>(start), reinterpret_cast<std::uint8_t*>(start + capacity),
+                         reinterpret_cast<std::uint8_t*>(start + capacity)};
+    const model::Arena modelArena{start, capacity, std::string(capacity, '\0')};
+    const model::Message zeros{std::string(Layout().size, '\0'), {}};
+    for (const model::PointerAt& pointer : PointersOf(Layout(), zeros)) {
+        const auto element = static_cast<std::uint32_t>(pointer.elementSize);
+        for (const std::uint32_t offset : {0u, 0xFFFu, 0x1000u, 0x1001u, 0x1800u, 0xFFFFF000u, 0xFFFFFFFFu}) {
+            for (const std::uint32_t elements : {0x1000u / element + 1, 0x10000000u / element, 0xFFFFFFF0u / element}) {
+                std::string wire = zeros.wire;
+                model::PutPointer(wire, pointer.at, offset, elements * element);
+                EXPECT_EQ(Describe(GetParam().read(wire, &arena)), Describe(Read(Layout(), wire, &modelArena)))
+                    << Describe(pointer) << " set to {" << offset << ", " << elements * element << "}";
+            }
+        }
+    }
+}
+
 TEST_P(HostileBytes, NoArenaAndOneWithoutAddresses)
 {
     const model::Message message = Full(0);
