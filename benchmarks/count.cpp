@@ -1,7 +1,7 @@
-// Runs each conversion twice, a few times and then some more, and calls an empty function before and after either: the
-// marks at which instructions.py lets Callgrind reset and write its counters. Prints the conversions' names in order.
-#include "conversion.h"
-#include "records.h"
+// Runs the conversions whose name begins with the argument, each twice, a few times and then some more, and calls an
+// empty function before and after either: the marks at which instructions.py lets Callgrind reset and write its
+// counters. Prints the conversions' names in order. With no argument, just prints all names.
+#include "conversions.h"
 
 #include <cstdio>
 
@@ -16,21 +16,18 @@ void __attribute__((noinline)) EndCount()
 }
 }
 
-int main()
+int main(int argc, char** argv)
 {
-    std::vector<bench::Conversion> conversions;
-    bench::AddThisLibrary(conversions, "A", bench::Server());
-    bench::AddThisLibrary(conversions, "B", bench::App());
-    bench::AddThisLibrary(conversions, "C", bench::Chunk());
-    bench::AddThisLibrary(conversions, "D", bench::ParameterList(1000));
-
+    bench::Conversions conversions(argc > 1 ? argv[1] : "");
+    bench::AddRecords(conversions);
     for (const bench::Conversion& conversion : conversions) {
+        std::puts(conversion.name.c_str());
+        if (argc == 1) continue;
         conversion.run(4); // the heap and the linker's tables are then as they stay
         for (const std::size_t times : {5, 15}) {
             BeginCount();
             conversion.run(times);
             EndCount();
         }
-        std::puts(conversion.name.c_str());
     }
 }

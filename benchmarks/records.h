@@ -3,8 +3,10 @@
 
 #include <common/vyn_connector_common.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -92,5 +94,88 @@ inline Parameters ParameterList(std::size_t count)
         parameters[i] = {Blob(48, i), Text(24, i)};
     return parameters;
 }
+
+inline VynSubscriptions Subscriptions(std::size_t names)
+{
+    VynSubscriptions subscriptions;
+    for (std::int32_t severity = 0; severity < 4; ++severity) {
+        std::unordered_set<std::string> eventTypes;
+        for (std::size_t i = 0; i < names; ++i)
+            eventTypes.insert("connector.event." + std::to_string(i) + Text(i % 12));
+        subscriptions.emplace(static_cast<VynEventSeverity>(severity), std::move(eventTypes));
+    }
+    return subscriptions;
+}
+
+inline VynUpdateIdentifiers Identifiers()
+{
+    VynUpdateIdentifiers identifiers(10);
+    for (std::size_t i = 0; i < identifiers.size(); ++i)
+        identifiers[i].fill(static_cast<std::byte>(i));
+    return identifiers;
+}
+
+inline VynEvent Event()
+{
+    VynEvent event{
+        Text(36), VynEventSeverity::Severity2, Text(18, 1), Text(24, 2), Text(8, 3), Text(30, 4), Text(60, 5), 8, 9,
+        {}};
+    for (std::size_t i = 0; i < event.stringArray.size(); ++i)
+        event.stringArray[i] = Text(10 + 5 * i, i);
+    return event;
+}
+
+// Records like another, with each text and blob of a length drawn between 0 and twice as long, never over its limit.
+// The same ones in every run.
+class RandomLengths {
+public:
+    template <typename Record>
+    std::vector<Record> Like(const Record& model, std::size_t count)
+    {
+        std::vector<Record> records(count, model);
+        for (Record& record : records)
+            Change(common::kind::Nested{}, record);
+        return records;
+    }
+
+private:
+    template <typename Kind, typename Value>
+    void Change(Kind, Value&)
+    {
+    }
+    template <typename Kind, typename Sequence>
+    void ChangeLength(Kind, Sequence& sequence)
+    {
+        const std::size_t longest = std::min<std::size_t>(2 * sequence.size(), Kind::limit);
+        sequence.resize(std::uniform_int_distribution<std::size_t>(0, longest)(random), 'x');
+    }
+    template <std::size_t MaxBytes>
+    void Change(common::kind::Text<MaxBytes> kind, std::string& value)
+    {
+        ChangeLength(kind, value);
+    }
+    void Change(common::kind::Blob kind, std::vector<std::uint8_t>& value) { ChangeLength(kind, value); }
+    template <std::uint64_t MaxCount, typename Element>
+    void Change(common::kind::List<MaxCount>, std::vector<Element>& values)
+    {
+        for (Element& value : values)
+            Change(common::kind::Nested{}, value);
+    }
+    template <typename Kind, typename Element>
+    void Change(common::kind::Optional<Kind>, std::optional<Element>& value)
+    {
+        if (value.has_value()) Change(Kind{}, *value);
+    }
+    template <typename Record>
+    void Change(common::kind::Nested, Record& record)
+    {
+        common::ForEachRow<Record>([&](auto row) {
+            using Row = decltype(row);
+            if constexpr (common::isField<Row>) Change(typename Row::Kind{}, Row::InDomain::Of(record));
+        });
+    }
+
+    std::mt19937_64 random{20};
+};
 
 } // namespace bench
