@@ -95,15 +95,19 @@ inline Parameters ParameterList(std::size_t count)
     return parameters;
 }
 
+inline std::unordered_set<std::string> EventTypes(std::size_t count)
+{
+    std::unordered_set<std::string> eventTypes;
+    for (std::size_t i = 0; i < count; ++i)
+        eventTypes.insert("connector.event." + std::to_string(i) + Text(i % 12));
+    return eventTypes;
+}
+
 inline VynSubscriptions Subscriptions(std::size_t names)
 {
     VynSubscriptions subscriptions;
-    for (std::int32_t severity = 0; severity < 4; ++severity) {
-        std::unordered_set<std::string> eventTypes;
-        for (std::size_t i = 0; i < names; ++i)
-            eventTypes.insert("connector.event." + std::to_string(i) + Text(i % 12));
-        subscriptions.emplace(static_cast<VynEventSeverity>(severity), std::move(eventTypes));
-    }
+    for (std::int32_t severity = 0; severity < 4; ++severity)
+        subscriptions.emplace(static_cast<VynEventSeverity>(severity), EventTypes(names));
     return subscriptions;
 }
 
