@@ -293,10 +293,7 @@ What the others have no counterpart of:
 
 {growth_table(times, instructions)}
 
-Small messages pay for the call and for each member; what remains per byte in large ones is the copying, and in lists
-and sets the elements. Large lists leave the processor's caches when they are read, as does any data structure of their
-size: the instructions per byte stay level where the time does not. A set's share of instructions rises with nothing but
-the hashing of its names and the growth of its table on reading.
+A small message pays for the call and for each of its members; per byte of a larger one, that becomes less.
 
 Each thread for itself, on record B. Nothing is shared but the memory allocator, which the reader asks for its strings.
 
