@@ -25,7 +25,8 @@ def counted(program, *arguments):
     """The lines that the program prints, and the totals that Callgrind writes at its marks."""
     with tempfile.TemporaryDirectory() as folder:
         result = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--zero-before=BeginCount", "--dump-before=EndCount",
+            ["valgrind", "--tool=callgrind", "--collect-atstart=no", "--toggle-collect=CountedRun",
+             "--dump-before=EndCount",
              f"--callgrind-out-file={folder}/out", program, *arguments],
             check=False, capture_output=True, text=True,
             # Nothing of the caller's, which would move the stack; symbols bound beforehand.
