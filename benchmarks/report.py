@@ -1,0 +1,339 @@
+#!/usr/bin/env python3
+"""Writes the performance page and its pictures from what scripts/bench has measured.
+
+    report.py TIMES.json THREADS.json INSTRUCTIONS.txt PAGE.md"""
+import json
+import math
+import os
+import pathlib
+import platform
+import re
+import statistics
+import subprocess
+import sys
+
+THIS = "this library"
+FLOOR = "floor"
+RECORDS = {
+    "A": "`ServerConnectionParameters` with all members: eight strings of 24, 20, 10, 18, 30, 12, 0 and 64 bytes",
+    "B": "`AppInfo`: 8 update configuration entries, 3 HSDP entries, both keys, 1,620 bytes of text",
+    "C": "`FileChunk` of 64 KiB",
+    "D": "a list of 1,000 parameters: names of 24 bytes, values of 48",
+}
+ALONE = {
+    "subscriptions": "subscriptions: 4 severities, 128 names each",
+    "identifiers": "ten update identifiers",
+    "event": "an event with all its strings",
+}
+DIRECTIONS = ("write", "read")
+PACKAGES = {
+    "Protocol Buffers": "libprotobuf-dev", "FlatBuffers": "libflatbuffers-dev", "Cap'n Proto": "libcapnp-dev",
+    "cereal": "libcereal-dev", "MessagePack": "libmsgpack-cxx-dev", "Google Benchmark": "libbenchmark-dev",
+    "Valgrind": "valgrind",
+}
+
+
+class Times:
+    """All samples of each conversion in nanoseconds, by its name; and the size of its message in bytes."""
+
+    def __init__(self, path):
+        self.samples = {}
+        self.bytes = {}
+        for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
+            if run["run_type"] == "iteration":
+                self.samples.setdefault(run["run_name"], []).append(run["real_time"])
+                self.bytes[run["run_name"]] = run["bytes"]
+
+    def median(self, name):
+        return statistics.median(self.samples[name])
+
+    def spread(self, name):
+        """Half the distance between the quartiles."""
+        first, _, third = statistics.quantiles(self.samples[name], n=4)
+        return (third - first) / 2
+
+
+def number(value):
+    """Three digits, or all before the point."""
+    if value >= 100:
+        return f"{value:,.0f}"
+    return f"{value:.1f}" if value >= 10 else f"{value:.2f}"
+
+
+def table(head, rows):
+    lines = [head, ["---"] + ["---:"] * (len(head) - 1)] + rows
+    return "\n".join("| " + " | ".join(line) + " |" for line in lines)
+
+
+def libraries(times, record):
+    return [name.split("/")[2] for name in times.samples if name.startswith(f"{record}/write/")]
+
+
+def cells(records):
+    return [(record, direction) for direction in DIRECTIONS for record in records]
+
+
+def measured(times, instructions, records):
+    head = [""] + [f"{record} {direction}" for record, direction in cells(records)]
+    rows = []
+    for library in libraries(times, next(iter(records))):
+        row = [f"**{library}**" if library == THIS else library]
+        for record, direction in cells(records):
+            name = f"{record}/{direction}/{library}"
+            text = f"{number(times.median(name))} ± {number(times.spread(name))}"
+            row.append(text + (f" ({instructions[name]:,.0f})" if name in instructions else ""))
+        rows.append(row)
+    return table(head, rows)
+
+
+def best_peer(values, record, direction, names):
+    peers = [(values[f"{record}/{direction}/{library}"], library) for library in names
+             if library not in (THIS, FLOOR)]
+    return min(peers)
+
+
+def ratios(times, instructions, records):
+    """This library against the floor, and against the best peer of each column; below 1 it is ahead."""
+    medians = {name: times.median(name) for name in times.samples}
+    names = libraries(times, next(iter(records)))
+    head = ["this library /"] + [f"{record} {direction}" for record, direction in cells(records)]
+    rows = []
+    for what, values in (("time", medians), ("instructions", instructions)):
+        own = [values.get(f"{record}/{direction}/{THIS}") for record, direction in cells(records)]
+        if None in own:
+            continue
+        floors = [values[f"{record}/{direction}/{FLOOR}"] for record, direction in cells(records)]
+        rows.append([f"floor, {what}"] + [f"{a / b:.2f}" for a, b in zip(own, floors)])
+        if len(names) > 2:
+            peers = [best_peer(values, record, direction, names) for record, direction in cells(records)]
+            rows.append([f"best peer, {what}"] + [f"{a / b:.2f} ({peer})" for a, (b, peer) in zip(own, peers)])
+    return table(head, rows)
+
+
+# The pictures. Plain SVG with a background of its own, readable on a light and on a dark page.
+
+INK, PALE, OWN, OTHER, FLOORS = "#222222", "#dddddd", "#c2410c", "#94a3b8", "#0f766e"
+
+
+def svg(width, height, parts):
+    return (f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" height="{height}" '
+            f'font-family="sans-serif" font-size="12" fill="{INK}">\n'
+            f'<rect width="{width}" height="{height}" fill="#ffffff"/>\n' + "\n".join(parts) + "\n</svg>\n")
+
+
+def text(x, y, content, anchor="start", weight="normal", fill=INK, size=12):
+    content = content.replace("&", "&amp;").replace("<", "&lt;")
+    return (f'<text x="{x:.1f}" y="{y:.1f}" text-anchor="{anchor}" font-weight="{weight}" font-size="{size}" '
+            f'fill="{fill}">{content}</text>')
+
+
+def bars(times):
+    """A panel for each record and direction: how many times the floor's time each library takes."""
+    names = [name for name in libraries(times, "A") if name != FLOOR]
+    panel_width, panel_height, left, top, longest = 320, 34 + 19 * len(names), 16, 70, 10.0
+    parts = [text(left, 26, "Time to convert a record, as a multiple of copying its bytes", weight="bold", size=17),
+             text(left, 46, "Shorter is better. The line is the floor: the bytes copied, or the owned record built from "
+                  "bytes, with no check at all.")]
+    for row, direction in enumerate(DIRECTIONS):
+        for column, record in enumerate(RECORDS):
+            x0, y0 = left + column * panel_width, top + row * (panel_height + 14)
+            floor = times.median(f"{record}/{direction}/{FLOOR}")
+            parts.append(text(x0, y0 + 12, f"{record}, {direction}", weight="bold", size=13))
+            unit = (panel_width - 175) / longest
+            start = x0 + 112
+            for i, library in enumerate(names):
+                ratio = times.median(f"{record}/{direction}/{library}") / floor
+                y = y0 + 24 + 19 * i
+                own = library == THIS
+                parts.append(text(start - 6, y + 11, library, "end", "bold" if own else "normal", OWN if own else INK))
+                parts.append(f'<rect x="{start}" y="{y}" width="{min(ratio, longest) * unit:.1f}" height="14" '
+                             f'fill="{OWN if own else OTHER}"/>')
+                arrow = " →" if ratio > longest else ""
+                parts.append(text(start + min(ratio, longest) * unit + 4, y + 11, f"{ratio:.2f}{arrow}",
+                                  weight="bold" if own else "normal", fill=OWN if own else INK))
+            parts.append(f'<line x1="{start + unit:.1f}" x2="{start + unit:.1f}" y1="{y0 + 20}" '
+                         f'y2="{y0 + 24 + 19 * len(names)}" stroke="{FLOORS}" stroke-width="1.5"/>')
+    return svg(left * 2 + panel_width * len(RECORDS), top + 2 * (panel_height + 14), parts)
+
+
+GROWTH = {"list": "parameters in a list", "strings": "bytes in each of two strings", "set": "names in a set"}
+
+
+def growth_sizes(times, what):
+    pattern = re.compile(rf"{what} (\d+)/write/")
+    return sorted(int(match[1]) for name in times.samples if (match := pattern.match(name)))
+
+
+def per_byte(values, times, what, size, direction):
+    name = f"{what} {size}/{direction}/{THIS}"
+    return values[name] / times.bytes[name]
+
+
+def curves(times, instructions):
+    """Time and instructions per byte over the size, both axes logarithmic."""
+    width, height, left, top = 290, 170, 60, 70
+    medians = {name: times.median(name) for name in times.samples}
+    parts = [text(16, 26, "Cost of each byte of a message as it grows", weight="bold", size=17),
+             text(16, 46, "Both axes logarithmic. A line that is level, or falls to a level, is a cost that grows with the "
+                  "bytes and no faster.")]
+    for row, (unit, values) in enumerate((("ns per byte", medians), ("instructions per byte", instructions))):
+        for column, (what, title) in enumerate(GROWTH.items()):
+            sizes = growth_sizes(times, what)
+            x0, y0 = left + column * (width + 60), top + row * (height + 70)
+            points = {direction: [per_byte(values, times, what, size, direction) for size in sizes]
+                      for direction in DIRECTIONS}
+            low = math.floor(math.log10(min(map(min, points.values()))))
+            high = math.ceil(math.log10(max(map(max, points.values()))))
+            place_x = [x0 + width * i / (len(sizes) - 1) for i in range(len(sizes))]
+
+            def place_y(value):
+                return y0 + height - height * (math.log10(value) - low) / (high - low)
+
+            for power in range(low, high + 1):
+                y = place_y(10 ** power)
+                parts.append(f'<line x1="{x0}" x2="{x0 + width}" y1="{y:.1f}" y2="{y:.1f}" stroke="{PALE}"/>')
+                parts.append(text(x0 - 6, y + 4, f"{10.0 ** power:g}", "end", size=10))
+            for x, size in zip(place_x, sizes):
+                parts.append(text(x, y0 + height + 14, f"{size // 1000}k" if size >= 1000 and size % 1000 == 0
+                                  else str(size), "middle", size=9))
+            parts.append(text(x0 + width / 2, y0 + height + 30, title, "middle", size=11))
+            if column == 0:
+                parts.append(text(x0 - 44, y0 - 8, unit, weight="bold"))
+            for direction, colour in zip(DIRECTIONS, (OWN, FLOORS)):
+                line = " ".join(f"{x:.1f},{place_y(value):.1f}" for x, value in zip(place_x, points[direction]))
+                parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>')
+                parts.append(text(place_x[-1] + 4, place_y(points[direction][-1]) + 4, direction, fill=colour, size=11))
+    return svg(left + 3 * (width + 60), top + 2 * (height + 70), parts)
+
+
+def growth_table(times, instructions):
+    rows = []
+    for what, title in GROWTH.items():
+        for size in growth_sizes(times, what):
+            row = [f"{size:,} {title}"]
+            for direction in DIRECTIONS:
+                name = f"{what} {size}/{direction}/{THIS}"
+                row.append(f"{number(times.median(name))} ± {number(times.spread(name))}")
+                row.append(f"{times.median(name) / times.bytes[name]:.3f}")
+                row.append(f"{instructions[name] / times.bytes[name]:.2f}")
+            rows.append(row)
+    return table(["", "write, ns", "ns/byte", "instr./byte", "read, ns", "ns/byte", "instr./byte"], rows)
+
+
+def threads_table(times):
+    """Google Benchmark divides the time by the number of threads; this gives the time each of them takes."""
+    rows = {}
+    for name in times.samples:
+        direction, count = re.match(r".*/(write|read)/.*threads:(\d+)$", name).groups()
+        rows.setdefault(int(count), {})[direction] = times.median(name) * int(count)
+    return table(["threads, an arena each", "write, ns", "read, ns"],
+                 [[str(count), number(row["write"]), number(row["read"])] for count, row in sorted(rows.items())])
+
+
+def command_output(*command):
+    return subprocess.run(command, check=False, capture_output=True, text=True).stdout.strip()
+
+
+def machine():
+    cpu = re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.MULTILINE)
+    memory = re.search(r"^MemTotal:\s*(\d+)", pathlib.Path("/proc/meminfo").read_text(), re.MULTILINE)
+    system = platform.freedesktop_os_release()["PRETTY_NAME"]
+    compiler = command_output("c++", "--version").splitlines()[0]
+    versions = []
+    for name, package in PACKAGES.items():
+        version = command_output("dpkg-query", "-W", "-f=${Version}", package)
+        versions.append(f"{name} {re.split(r'[-+]', version.split(':')[-1])[0]}")
+    return (f"{cpu[1] if cpu else platform.machine()} with {os.cpu_count()} cores and "
+            f"{int(memory[1]) / 2**20:.0f} GiB of memory, {system}, {compiler} with `-O2`. {', '.join(versions)}.")
+
+
+def page(times, threads, instructions):
+    randoms = [name for name in ("A random", "B random", "D random")]
+    samples = len(next(iter(times.samples.values())))
+    return f"""# Performance
+
+What it costs to convert a record, beside what it costs other serializers, and beside a floor that nobody can go below.
+This page and its pictures are written by
+
+    scripts/bench
+
+![Bars: this library beside the others, as multiples of the floor](performance.svg)
+
+Records:
+
+{chr(10).join(f"- {key}: {what}" for key, what in RECORDS.items())}
+
+Nanoseconds, the median of {samples} interleaved samples ± half the distance between the quartiles; in parentheses the
+instructions.
+
+{measured(times, instructions, RECORDS)}
+
+As ratios; below 1, this library is ahead:
+
+{ratios(times, instructions, RECORDS)}
+
+The same records with strings of random lengths, between 0 and twice as long: 128 different ones of A and of B and 4
+lists, one after the other, so that no length can be foreseen.
+
+{measured(times, instructions, randoms)}
+
+{ratios(times, instructions, randoms)}
+
+What the others have no counterpart of:
+
+{chr(10).join(f"- {what}" for what in ALONE.values())}
+
+{measured(times, instructions, ALONE)}
+
+{ratios(times, instructions, ALONE)}
+
+## How cost grows
+
+![Curves: time and instructions for each byte](growth.svg)
+
+{growth_table(times, instructions)}
+
+A small message pays for the call and for each of its members; per byte of a larger one, that becomes less.
+
+Each thread for itself, on record B. Nothing is shared but the memory allocator, which the reader asks for its strings.
+
+{threads_table(threads)}
+
+## How it is measured
+
+Everybody starts from the same owned records and gives back owned records. Writing goes into a buffer that is used
+again; whatever message objects or builders a library needs in between are part of its time, and used again where it
+allows that. Reading builds a new record, whose destruction is part of the time. Before anything is measured, each
+library's result is compared with the original. Everybody is called through a pointer: this library's functions in its
+shared library as it is installed, the others through a virtual function. All run in one process, bound to one core, in
+random order. FlatBuffers' messages are verified before they are read; texts are bytes to Protocol Buffers and Cap'n
+Proto, so that nobody pays for an encoding. zpp_bits, struct_pack and bitsery take part where
+`-DVYN_CONNECTOR_COMMON_BENCH_PEERS=FOLDER`, an argument of `scripts/bench`, names a folder with their headers.
+
+The floor of writing copies the payload back to back with short copies inlined, without lengths, pointers, alignment or
+checks. The floor of reading builds the owned record from such a payload, its sizes known beforehand. Ten identifiers
+are read with room for a hundred and sixty by either, as the format asks for.
+
+An instruction count is the difference between 15 runs and 5 under Callgrind, divided by ten, in a process of its own.
+
+Machine: {machine()}
+"""
+
+
+def main():
+    if len(sys.argv) != 5:
+        sys.exit(__doc__)
+    times, threads = Times(sys.argv[1]), Times(sys.argv[2])
+    instructions = {}
+    for line in pathlib.Path(sys.argv[3]).read_text().splitlines():
+        name, count = line.rsplit(maxsplit=1)
+        instructions[name.strip()] = float(count)
+    target = pathlib.Path(sys.argv[4])
+    target.parent.mkdir(exist_ok=True)
+    target.write_text(page(times, threads, instructions))
+    target.with_name("performance.svg").write_text(bars(times))
+    target.with_name("growth.svg").write_text(curves(times, instructions))
+
+
+if __name__ == "__main__":
+    main()
