@@ -5,6 +5,8 @@
 
 #include "../tests/any_record.h"
 
+#include <common/all_records.h>
+
 #include <cstdio>
 
 namespace {
@@ -24,12 +26,6 @@ void Add(bench::Conversions& conversions)
     bench::AddThisLibrary<Record>(conversions, common::Description<Record>::name, {any_record::Make<Record>(choose)});
 }
 
-template <typename... Records>
-void AddEach(bench::Conversions& conversions)
-{
-    (Add<Records>(conversions), ...);
-}
-
 } // namespace
 
 int main()
@@ -40,13 +36,7 @@ int main()
     std::printf("GCC %d\n", __GNUC__);
 #endif
     bench::Conversions conversions;
-    AddEach<Credentials, ProxySettings, SslSettings, VynRequestsTimeouts, ServerConnectionParameters,
-            VynConnectionParameters, VynConnectorSettings, VynServerData, common::RawVynParam,
-            std::vector<common::RawVynParam>, ProductUpdCfg, ProductUpdCfgArray, ProductHsdpStatus, ProductHsdpInfo,
-            LicenseKeyInfo, LicenseInfo, ProductInfo, DeviceInfo, AppInfo, DynamicAppInfo, FileInfoParams, FileInfo,
-            FileChunkParams, FileChunk, ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynSubscription,
-            VynSubscriptions, VynSubscriptionsWithHash, VynUpdateIdentifier, VynUpdateIdentifiers, VynEvent>(
-        conversions);
+    common::ForEach(common::AllRecords{}, [&](auto record) { Add<typename decltype(record)::Type>(conversions); });
     for (const bench::Conversion& conversion : conversions)
         bench::Count(conversion);
 }
