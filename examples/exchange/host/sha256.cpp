@@ -15,7 +15,7 @@ namespace {
 
 void Check(int result)
 {
-    if (result != 1) throw std::runtime_error("SHA-256 is not to be had");
+    if (result != 1) throw std::runtime_error("SHA-256 is not available");
 }
 
 } // namespace

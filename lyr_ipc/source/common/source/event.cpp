@@ -25,8 +25,8 @@ vyn_connector::VynEvent FromZt(const zt_arena& arena, const tq_vyn_connector_Vyn
     vyn_connector::VynEvent value;
     ForEachRow<vyn_connector::VynEvent>([&](auto row) {
         using Row = decltype(row);
-        Row::Kind::template Read<typename Row::OnWire::Type>(
-            reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset, Row::InDomain::Of(value), arena, status);
+        Row::Kind::template Read<typename Row::OnWire::Type>(reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset,
+                                                             Row::InDomain::Of(value), arena, status);
     });
     return value;
 }

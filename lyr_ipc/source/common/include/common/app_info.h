@@ -1,7 +1,4 @@
-// What is installed, and where: a product, the device, and the report of both with the licence. Writers throw
-// std::length_error where a string or a list is over its limit and mur::ResultCodeException where the arena is full;
-// readers throw std::out_of_range where a pointer leads outside the arena. A null arena raises
-// mur::InvalidArgumentException.
+// What is installed, and where: a product, the device, and the report of both with the licence.
 #pragma once
 
 #include <common/license_info.h>

@@ -1,6 +1,4 @@
-// Client certificates: one parameter record, and the entries of a list. Writers throw std::length_error where a string
-// or the list is over its limit and mur::ResultCodeException where the arena is full; readers throw std::out_of_range
-// where a pointer leads outside the arena. A null arena raises mur::InvalidArgumentException.
+// Client certificates: one parameter record, and the entries of a list.
 #pragma once
 
 #include <common/record.h>

@@ -1,6 +1,4 @@
-// How the connector reaches the server: a login, a proxy with its own login, and the TLS settings. Writers throw
-// std::length_error where a string is over its limit and mur::ResultCodeException where the arena is full; readers
-// throw std::out_of_range where a pointer leads outside the arena. A null arena raises mur::InvalidArgumentException.
+// How the connector reaches the server: a login, a proxy with its own login, and the TLS settings.
 #pragma once
 
 #include <common/record.h>

@@ -1,7 +1,4 @@
-// Connector parameters: named values that the connector passes along without interpreting them. Writers throw
-// std::length_error where a name, a value or the list is over its limit and mur::ResultCodeException where the arena
-// is full; readers throw std::out_of_range where a pointer leads outside the arena. A null arena raises
-// mur::InvalidArgumentException.
+// Connector parameters: named values that the connector passes along without interpreting them.
 #pragma once
 
 #include <common/record.h>

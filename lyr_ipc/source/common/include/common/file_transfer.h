@@ -1,7 +1,4 @@
-// A file's transfer between the connector's processes: asking for a file and for its chunks, and the answers. Writers
-// throw std::length_error where a name or the data is over its limit and mur::ResultCodeException where the arena is
-// full; readers throw std::out_of_range where a pointer leads outside the arena. A null arena raises
-// mur::InvalidArgumentException.
+// A file's transfer between the connector's processes: asking for a file and for its chunks, and the answers.
 #pragma once
 
 #include <common/record.h>

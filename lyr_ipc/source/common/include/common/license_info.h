@@ -1,7 +1,5 @@
-// The licence information that a product reports: up to two keys, carried and not evaluated. Writers throw
-// std::length_error where a string is over its limit and mur::ResultCodeException where the arena is full; readers
-// throw std::out_of_range where a pointer leads outside the arena. A null arena raises mur::InvalidArgumentException,
-// on writing also where no optional member is present.
+// The licence information that a product reports: up to two keys, carried and not evaluated. A null arena is refused on
+// writing also where no optional member is present.
 #pragma once
 
 #include <common/record.h>

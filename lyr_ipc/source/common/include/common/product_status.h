@@ -1,6 +1,4 @@
-// What a product reports about itself: its update configuration and its HSDP status. Writers throw std::length_error
-// where a string or a list is over its limit and mur::ResultCodeException where the arena is full; readers throw
-// std::out_of_range where a pointer leads outside the arena. A null arena raises mur::InvalidArgumentException.
+// What a product reports about itself: its update configuration and its HSDP status.
 #pragma once
 
 #include <common/record.h>

@@ -1,6 +1,4 @@
-// Where and how the connector reaches the server, and the fixed-size settings beside it. Writers throw
-// std::length_error where a string is over its limit and mur::ResultCodeException where the arena is full; readers
-// throw std::out_of_range where a pointer leads outside the arena. A null arena raises mur::InvalidArgumentException.
+// Where and how the connector reaches the server, and the fixed-size settings beside it.
 #pragma once
 
 #include <common/connection_settings.h>

@@ -1,7 +1,5 @@
 // Event subscriptions: which types of event the connector passes on, by severity, alone or with a hash that the
-// callers make and compare. Writers throw std::length_error where there are too many severities, names or bytes in a
-// name, and mur::ResultCodeException where the arena is full; readers throw std::out_of_range where a pointer leads
-// outside the arena. A null arena raises mur::InvalidArgumentException.
+// callers make and compare. More severities than the format has room for are refused as a string over its limit is.
 #pragma once
 
 #include <common/kind/entries.h>

@@ -1,6 +1,6 @@
 // Update identifiers: 16 opaque bytes each, sent at most ten at a time. A sender names the part of its vector to send
-// by two iterators; an empty part cannot be sent (mur::InvalidArgumentException), and more than ten raise
-// mur::ResultCodeException (invalid argument).
+// by two iterators. Unlike the other records, an empty part raises mur::InvalidArgumentException, more than ten raise
+// mur::ResultCodeException (invalid argument), and so does a pointer that leads outside the arena (out of space).
 #pragma once
 
 #include <common/kind/range.h>
