@@ -97,7 +97,7 @@ void Put(kind::List<MaxCount>, Sink& sink, const std::vector<Element>& values)
     for (const Element& value : values)
         PutRecord(sink, value);
 }
-template <std::int64_t MaxCount, typename Sink, typename Element>
+template <std::uint64_t MaxCount, typename Sink, typename Element>
 void Put(kind::Range<MaxCount>, Sink& sink, const std::vector<Element>& values)
 {
     sink.Size(values.size());
@@ -109,8 +109,8 @@ void Put(kind::Optional<ElementKind>, Sink& sink, const std::optional<Element>& 
     sink.Size(value.has_value() ? 1 : 0);
     if (value.has_value()) Put(ElementKind{}, sink, *value);
 }
-template <std::uint64_t MaxCount, typename Sink>
-void Put(kind::Set<MaxCount>, Sink& sink, const std::unordered_set<std::string>& values)
+template <std::uint64_t MaxCount, typename Kind, typename Sink>
+void Put(kind::Set<MaxCount, Kind>, Sink& sink, const std::unordered_set<std::string>& values)
 {
     sink.Size(values.size());
     for (const std::string& value : values)
@@ -122,11 +122,11 @@ void Put(kind::Entries<MaxCount>, Sink& sink, const vyn_connector::VynSubscripti
     sink.Size(value.size());
     for (const auto& [severity, eventTypes] : value) {
         Put(kind::Enumeration{}, sink, severity);
-        Put(kind::Set<128>{}, sink, eventTypes);
+        Put(kind::Set<128, kind::Text<128>>{}, sink, eventTypes);
     }
 }
 template <std::size_t Count, std::size_t MaxBytes, typename Sink>
-void Put(kind::Texts<Count, MaxBytes>, Sink& sink, const std::array<std::string, Count>& values)
+void Put(kind::EventTexts<Count, MaxBytes>, Sink& sink, const std::array<std::string, Count>& values)
 {
     for (const std::string& value : values)
         PutBytes(sink, value);
@@ -138,14 +138,14 @@ void PutRow(Sink& sink, const Record& record)
     if constexpr (common::isField<Row>) Put(typename Row::Kind{}, sink, Row::InDomain::Of(record));
 }
 template <typename Sink, typename Record, typename... Rows>
-void PutRows(common::RowList<Rows...>, Sink& sink, const Record& record)
+void PutRows(common::detail::RowList<Rows...>, Sink& sink, const Record& record)
 {
     (PutRow<Rows>(sink, record), ...);
 }
 template <typename Sink, typename Record>
 void PutRecord(Sink& sink, const Record& record)
 {
-    PutRows(common::MembersInOrder<Record>{}, sink, record);
+    PutRows(common::detail::MembersInOrder<Record>{}, sink, record);
 }
 
 // Gives back what was put, in the same order.
@@ -205,7 +205,7 @@ Values Take(kind::List<MaxCount>, Source& source)
     return values;
 }
 // Sixteen times the room, which the format asks of every reader.
-template <typename Values, std::int64_t MaxCount>
+template <typename Values, std::uint64_t MaxCount>
 Values Take(kind::Range<MaxCount>, Source& source)
 {
     Values values;
@@ -222,13 +222,12 @@ Value Take(kind::Optional<ElementKind>, Source& source)
     if (source.Size() == 0) return std::nullopt;
     return Value(std::in_place, InPlace<typename Value::value_type, ElementKind>{source});
 }
-template <typename Values, std::uint64_t MaxCount>
-Values Take(kind::Set<MaxCount>, Source& source)
+// Without room in advance, which the format asks of every reader.
+template <typename Values, std::uint64_t MaxCount, typename Kind>
+Values Take(kind::Set<MaxCount, Kind>, Source& source)
 {
     Values values;
-    const std::size_t count = source.Size();
-    values.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t count = source.Size(); count > 0; --count) {
         const std::size_t size = source.Size();
         values.emplace(source.TakeText(size), size);
     }
@@ -240,12 +239,12 @@ Value Take(kind::Entries<MaxCount>, Source& source)
     Value value;
     for (std::size_t count = source.Size(); count > 0; --count) {
         const auto severity = Take<vyn_connector::VynEventSeverity>(kind::Enumeration{}, source);
-        value.emplace(severity, Take<std::unordered_set<std::string>>(kind::Set<128>{}, source));
+        value.emplace(severity, Take<std::unordered_set<std::string>>(kind::Set<128, kind::Text<128>>{}, source));
     }
     return value;
 }
 template <typename Values, std::size_t Count, std::size_t MaxBytes>
-Values Take(kind::Texts<Count, MaxBytes>, Source& source)
+Values Take(kind::EventTexts<Count, MaxBytes>, Source& source)
 {
     Values values;
     for (std::string& value : values) {
@@ -264,9 +263,9 @@ typename Row::InDomain::Type TakeRow(Source& source)
         return {};
 }
 template <typename Record, typename... Rows>
-Record TakeRows(common::RowList<Rows...>, Source& source)
+Record TakeRows(common::detail::RowList<Rows...>, Source& source)
 {
-    if constexpr ((std::is_same_v<typename Rows::InDomain, common::Itself<Record>> && ...))
+    if constexpr ((std::is_same_v<typename Rows::InDomain, common::detail::Itself<Record>> && ...))
         return (TakeRow<Rows>(source), ...);
     else
         return Record{TakeRow<Rows>(source)...};
@@ -274,7 +273,7 @@ Record TakeRows(common::RowList<Rows...>, Source& source)
 template <typename Record>
 Record TakeRecord(Source& source)
 {
-    return TakeRows<Record>(common::MembersInOrder<Record>{}, source);
+    return TakeRows<Record>(common::detail::MembersInOrder<Record>{}, source);
 }
 
 } // namespace floors

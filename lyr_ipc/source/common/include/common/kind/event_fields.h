@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace lyr::ipc::arena::conv {
 
@@ -42,7 +43,7 @@ inline zt_ptr_t PlaceEventText(const std::string& text, std::size_t cap, zt_aren
         return unplaced;
     }
 
-    if (length > 0 && target != 0) CopyBytes(reinterpret_cast<std::uint8_t*>(target), text.data(), length);
+    if (length > 0 && target != 0) std::memcpy(reinterpret_cast<void*>(target), text.data(), length);
     if (offset == unplaced.offset || length == unplaced.size)
         status = Status::Failed;
     else
@@ -58,12 +59,12 @@ inline bool IsInUsedPart(zt_ptr_t pointer, const zt_arena& arena) noexcept
     return pointer.offset < used && pointer.size <= used - pointer.offset && start + pointer.offset != 0;
 }
 
-inline void FetchEventText(zt_ptr_t pointer, std::string& text, const zt_arena& arena, Status& status)
+[[gnu::noinline]] inline std::string FetchEventText(zt_ptr_t pointer, const zt_arena& arena, Status& status)
 {
     if (IsInUsedPart(pointer, arena))
-        text.assign(reinterpret_cast<const char*>(arena.start) + pointer.offset, pointer.size);
-    else
-        status = Status::Failed;
+        return std::string(reinterpret_cast<const char*>(arena.start) + pointer.offset, pointer.size);
+    status = Status::Failed;
+    return {};
 }
 
 constexpr std::size_t EventTextSize(std::size_t size, std::size_t limit)
@@ -83,9 +84,19 @@ struct EventText : Text<MaxBytes> {
         detail::Store(wire, detail::PlaceEventText(value, MaxBytes, arena, status));
     }
     template <typename Wire>
-    static void Read(const std::uint8_t* wire, std::string& value, const zt_arena& arena, detail::Status& status)
+    [[gnu::always_inline]] static std::size_t Put(const std::string& value, std::uint8_t* wire, std::size_t at,
+                                                  detail::Room room)
     {
-        detail::FetchEventText(detail::Load<zt_ptr_t>(wire), value, arena, status);
+        const std::size_t end = at + std::max<std::size_t>(value.size(), 1);
+        if (value.size() > MaxBytes || end > room.size) return detail::refused;
+        detail::StorePointer(wire, at, value.size());
+        detail::CopyBytes(room.start + at, value.data(), value.size());
+        return end;
+    }
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, const zt_arena& arena, detail::Status& status)
+    {
+        return detail::FetchEventText(detail::Load<zt_ptr_t>(wire), arena, status);
     }
 
     static std::string FaultOnWriting(const std::string& value)
@@ -134,12 +145,20 @@ struct EventTexts {
         }
     }
     template <typename Wire, typename Domain>
-    static void Read(const std::uint8_t* wire, Domain& values, const zt_arena& arena, detail::Status& status)
+    [[gnu::always_inline]] static std::size_t Put(const Domain& values, std::uint8_t* wire, std::size_t at,
+                                                  detail::Room room)
     {
-        for (std::string& value : values) {
-            Element::template Read<zt_ptr_t>(wire, value, arena, status);
+        for (const std::string& value : values) {
+            at = Element::template Put<zt_ptr_t>(value, wire, at, room);
+            if (at == detail::refused) return detail::refused;
             wire += sizeof(zt_ptr_t);
         }
+        return at;
+    }
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, const zt_arena& arena, detail::Status& status)
+    {
+        return ReadEach<Domain>(wire, arena, status, std::make_index_sequence<Count>{});
     }
 
     template <typename Domain>
@@ -172,6 +191,14 @@ struct EventTexts {
     {
         return at + Count * MaxBytes;
     }
+
+private:
+    template <typename Domain, std::size_t... Index>
+    static Domain ReadEach(const std::uint8_t* wire, const zt_arena& arena, detail::Status& status,
+                           std::index_sequence<Index...>)
+    {
+        return Domain{Element::template Read<std::string, zt_ptr_t>(wire + Index * sizeof(zt_ptr_t), arena, status)...};
+    }
 };
 
 // A number as in every record, which cannot fail.
@@ -181,10 +208,10 @@ struct EventNumber : Number {
     {
         StoreAs<Wire>(value, wire);
     }
-    template <typename Wire, typename Domain>
-    static void Read(const std::uint8_t* wire, Domain& value, const zt_arena&, detail::Status&)
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, const zt_arena&, detail::Status&)
     {
-        value = LoadAs<Domain, Wire>(wire);
+        return LoadAs<Domain, Wire>(wire);
     }
 
     template <typename Domain>
@@ -204,12 +231,13 @@ struct EventSeverity : Enumeration {
     {
         detail::Store(wire, static_cast<Wire>(value));
     }
-    template <typename Wire, typename Domain>
-    static void Read(const std::uint8_t* wire, Domain& value, const zt_arena&, detail::Status& status)
+    template <typename Domain, typename Wire>
+    static Domain Read(const std::uint8_t* wire, const zt_arena&, detail::Status& status)
     {
         static_assert(static_cast<Wire>(Domain::Severity3) == highest);
-        value = static_cast<Domain>(detail::Load<Wire>(wire));
-        if (static_cast<Wire>(value) > highest) status = detail::Status::Failed;
+        const auto value = detail::Load<Wire>(wire);
+        if (value > highest) status = detail::Status::Failed;
+        return static_cast<Domain>(value);
     }
 
     template <typename Domain>
