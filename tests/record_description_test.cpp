@@ -95,7 +95,7 @@ std::string Line(const Row& row)
 {
     std::string line;
     if constexpr (isInDomain<Row>) line += row.name;
-    if constexpr (isOnWire<Row>) line += ": " + std::to_string(row.offset) + "+" + std::to_string(row.width);
+    if constexpr (detail::isOnWire<Row>) line += ": " + std::to_string(row.offset) + "+" + std::to_string(row.width);
     if constexpr (isField<Row>) line += " " + NameOf(typename Row::Kind{});
     return line;
 }

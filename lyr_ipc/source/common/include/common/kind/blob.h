@@ -11,10 +11,11 @@ struct Blob {
     static constexpr std::size_t limit = maxBlobSize;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Domain, std::vector<std::uint8_t>>&& std::is_same_v<Wire, zt_ptr_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, std::vector<std::uint8_t>> && std::is_same_v<Wire, zt_ptr_t>,
-                      "a Blob joins a std::vector<std::uint8_t> and a zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "a Blob joins a std::vector<std::uint8_t> and a zt_ptr_t");
         return true;
     }
     template <typename Value>

@@ -35,10 +35,11 @@ struct Entries {
     using RecordIn = typename detail::RecordOfEntry<typename Map::value_type>::Type;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Wire, WireOf<RecordIn<Domain>>[MaxCount]>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Wire, WireOf<RecordIn<Domain>>[MaxCount]>,
-                      "an Entries joins a map and an array of its entries' wire structures");
+        static_assert(fits<Domain, Wire>, "an Entries joins a map and an array of its entries' wire structures");
         return true;
     }
 

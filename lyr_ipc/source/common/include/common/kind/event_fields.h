@@ -129,10 +129,12 @@ struct EventTexts {
     using Element = EventText<MaxBytes>;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits =
+        std::is_same_v<Domain, std::array<std::string, Count>>&& std::is_same_v<Wire, zt_ptr_t[Count]>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, std::array<std::string, Count>> && std::is_same_v<Wire, zt_ptr_t[Count]>,
-                      "an EventTexts joins a std::array of strings and an array of zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "an EventTexts joins a std::array of strings and an array of zt_ptr_t");
         return true;
     }
 

@@ -45,10 +45,12 @@ struct StoredInPlace : InPlace {
 // An integer of one type on both sides, copied bit for bit.
 struct Number : StoredInPlace<Number> {
     template <typename Domain, typename Wire>
+    static constexpr bool fits =
+        std::is_integral_v<Domain> && !std::is_same_v<Domain, bool> && std::is_same_v<Domain, Wire>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_integral_v<Domain> && !std::is_same_v<Domain, bool> && std::is_same_v<Domain, Wire>,
-                      "a Number joins two integers of one type");
+        static_assert(fits<Domain, Wire>, "a Number joins two integers of one type");
         return true;
     }
     template <typename Value>
@@ -69,10 +71,11 @@ struct Number : StoredInPlace<Number> {
 // A bool, as the byte that it is: the writer does not make 0 or 1 of it. On reading, any byte but zero is true.
 struct Flag : StoredInPlace<Flag> {
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Domain, bool>&& std::is_same_v<Wire, std::uint8_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, bool> && std::is_same_v<Wire, std::uint8_t>,
-                      "a Flag joins a bool and a std::uint8_t");
+        static_assert(fits<Domain, Wire>, "a Flag joins a bool and a std::uint8_t");
         return true;
     }
     template <typename Value>
@@ -93,10 +96,11 @@ struct Flag : StoredInPlace<Flag> {
 // An enumeration, as its integer. No value is refused.
 struct Enumeration : StoredInPlace<Enumeration> {
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_enum_v<Domain>&& std::is_integral_v<Wire> && sizeof(Domain) == sizeof(Wire);
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_enum_v<Domain> && std::is_integral_v<Wire> && sizeof(Domain) == sizeof(Wire),
-                      "an Enumeration joins an enumeration and an integer of its size");
+        static_assert(fits<Domain, Wire>, "an Enumeration joins an enumeration and an integer of its size");
         return true;
     }
     template <typename Value>
@@ -117,10 +121,12 @@ struct Enumeration : StoredInPlace<Enumeration> {
 // Sixteen bytes, as they stand.
 struct Bytes : StoredInPlace<Bytes> {
     template <typename Domain, typename Wire>
+    static constexpr bool fits =
+        std::is_same_v<Domain, std::array<std::byte, 16>>&& std::is_same_v<Wire, std::uint8_t[16]>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, std::array<std::byte, 16>> && std::is_same_v<Wire, std::uint8_t[16]>,
-                      "a Bytes joins a std::array<std::byte, 16> and a std::uint8_t[16]");
+        static_assert(fits<Domain, Wire>, "a Bytes joins a std::array<std::byte, 16> and a std::uint8_t[16]");
         return true;
     }
     template <typename Value>
@@ -141,10 +147,11 @@ struct Bytes : StoredInPlace<Bytes> {
 // A time stamp, as its signed 64-bit count without change of unit.
 struct Time : StoredInPlace<Time> {
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Domain, wem::types::Timestamp>&& std::is_same_v<Wire, std::int64_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, wem::types::Timestamp> && std::is_same_v<Wire, std::int64_t>,
-                      "a Time joins a wem::types::Timestamp and a std::int64_t");
+        static_assert(fits<Domain, Wire>, "a Time joins a wem::types::Timestamp and a std::int64_t");
         return true;
     }
     template <typename Value>

@@ -92,10 +92,11 @@ struct List {
     static constexpr std::uint64_t limit = MaxCount;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits = detail::isVectorOfRecords<Domain>&& std::is_same_v<Wire, zt_ptr_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(detail::isVectorOfRecords<Domain> && std::is_same_v<Wire, zt_ptr_t>,
-                      "a List joins a std::vector of described records and a zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "a List joins a std::vector of described records and a zt_ptr_t");
         return true;
     }
 

@@ -16,9 +16,11 @@ namespace vyn_connector::common::kind {
 
 struct Nested {
     template <typename Domain, typename Wire>
+    static constexpr bool fits = detail::isWireOf<Domain, Wire>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(detail::isWireOf<Domain, Wire>, "a Nested joins a described record and its own wire structure");
+        static_assert(fits<Domain, Wire>, "a Nested joins a described record and its own wire structure");
         return true;
     }
     template <typename Value>

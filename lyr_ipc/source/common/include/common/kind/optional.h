@@ -20,10 +20,11 @@ namespace vyn_connector::common::kind {
 template <typename Kind>
 struct Optional {
     template <typename Domain, typename Wire>
+    static constexpr bool fits = detail::isOptional<Domain>&& std::is_same_v<Wire, zt_ptr_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(detail::isOptional<Domain> && std::is_same_v<Wire, zt_ptr_t>,
-                      "an Optional joins a std::optional and a zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "an Optional joins a std::optional and a zt_ptr_t");
         if constexpr (detail::isOptional<Domain>) return JoinsValue<typename Domain::value_type>();
         return true;
     }

@@ -16,10 +16,11 @@ struct Set {
     using Values = std::unordered_set<std::string>;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Domain, Values>&& std::is_same_v<Wire, zt_ptr_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, Values> && std::is_same_v<Wire, zt_ptr_t>,
-                      "a Set joins a std::unordered_set<std::string> and a zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "a Set joins a std::unordered_set<std::string> and a zt_ptr_t");
         return Kind::template Joins<std::string, Slot>();
     }
 

@@ -12,10 +12,11 @@ struct Text {
     static constexpr std::size_t limit = MaxBytes;
 
     template <typename Domain, typename Wire>
+    static constexpr bool fits = std::is_same_v<Domain, std::string>&& std::is_same_v<Wire, zt_ptr_t>;
+    template <typename Domain, typename Wire>
     static constexpr bool Joins()
     {
-        static_assert(std::is_same_v<Domain, std::string> && std::is_same_v<Wire, zt_ptr_t>,
-                      "a Text joins a std::string and a zt_ptr_t");
+        static_assert(fits<Domain, Wire>, "a Text joins a std::string and a zt_ptr_t");
         return true;
     }
     template <typename Value>
