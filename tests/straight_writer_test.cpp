@@ -127,7 +127,7 @@ TYPED_TEST_SUITE(FromAddressZero, conversion::Records, );
 TYPED_TEST(FromAddressZero, IsTheSameInArenasOfEverySize)
 {
     for (const TypeParam& record : Samples<TypeParam>()) {
-        for (const std::size_t top : {0, 3, 13}) {
+        for (const std::size_t top : {0u, 3u, 13u}) {
             const std::size_t need = ArenaSize(record, top);
             for (std::size_t room = 0; room <= need + 1; ++room) {
                 ExpectTheSame(record, this->WithRoom(top, room), room);
