@@ -6,6 +6,7 @@
 
 #include "arena.h"
 
+#include <common/arena_size.h>
 #include <mur/raise.h>
 #include <mur/stream.h>
 
@@ -65,6 +66,7 @@ void Free(void* memory)
 namespace {
 
 using namespace vyn_connector;
+using common::Conversion;
 using mur::InvalidArgumentException;
 using mur::ResultCodeException;
 using mur::types::wide_string;
@@ -122,7 +124,7 @@ public:
         auto* const written = new (memory) Content{};
         auto* const start = static_cast<std::uint8_t*>(memory) + sizeof(Content);
         written->arena = {start, start, start + room};
-        const common::WireOf<Record> wire = conversion::Write(record, &written->arena);
+        const common::WireOf<Record> wire = Conversion<Record>::Write(record, &written->arena);
         std::memcpy(&written->wire, &wire, sizeof(wire));
         content = written;
         EXPECT_EQ(mprotect(memory, size, PROT_READ), 0);
@@ -131,7 +133,7 @@ public:
     ReadOnlyMessage(const ReadOnlyMessage&) = delete;
     ReadOnlyMessage& operator=(const ReadOnlyMessage&) = delete;
 
-    Record Read() const { return conversion::Read<Record>(content->wire, &content->arena); }
+    Record Read() const { return Conversion<Record>::Read(content->wire, &content->arena); }
 
 private:
     struct Content {
@@ -168,17 +170,69 @@ TYPED_TEST(EveryRecord, IsWrittenInsideItsArenaOrNotAtAllWhenAnAllocationFails)
 {
     const TypeParam record = conversion::Full<TypeParam>();
     TestArena first(1 << 16);
-    const Bytes wire = BytesOf(conversion::Write(record, first.Get()));
+    const Bytes wire = BytesOf(Conversion<TypeParam>::Write(record, first.Get()));
 
     TestArena arena(1 << 16);
     const zt_arena empty = *arena.Get();
     common::WireOf<TypeParam> again{};
     FailEachAllocation([&] {
         *arena.Get() = empty;
-        again = conversion::Write(record, arena.Get());
+        again = Conversion<TypeParam>::Write(record, arena.Get());
     });
     EXPECT_EQ(BytesOf(again), wire);
     EXPECT_EQ(arena.Used(), first.Used());
+}
+
+// 128 bytes in each text, 128 elements in each list and set, where the limits allow it.
+template <typename Record>
+Record Large()
+{
+    return any_record::Make<Record>([](std::uint64_t limit) { return std::min<std::uint64_t>(limit, 128); });
+}
+
+TYPED_TEST(EveryRecord, IsWrittenWithoutAnAllocation)
+{
+    const TypeParam record = Large<TypeParam>();
+    TestArena arena(common::ArenaSize(record, 0));
+    common::WireOf<TypeParam> wire{};
+    EXPECT_EQ(FailEachAllocation([&] { wire = Conversion<TypeParam>::Write(record, arena.Get()); }), 0u);
+    EXPECT_EQ(arena.Top(), arena.Capacity());
+}
+
+// Where the last byte of the room is missing, the record is written straight first and then again by the steps. An
+// event is told by its status.
+TYPED_TEST(EveryRecord, IsRefusedWithoutAnAllocation)
+{
+    const TypeParam record = Large<TypeParam>();
+    const std::size_t need = common::ArenaSize(record, 0);
+    if (need == 0) return;
+    TestArena arena(need - 1);
+    bool refused = false;
+    const auto write = [&] {
+        if constexpr (std::is_same_v<TypeParam, VynEvent>) {
+            auto status = lyr::ipc::arena::conv::Status::Ok;
+            lyr::ipc::arena::conv::ToZt(*arena.Get(), record, status);
+            refused = status == lyr::ipc::arena::conv::Status::Failed;
+        } else {
+            try {
+                Conversion<TypeParam>::Write(record, arena.Get());
+            } catch (const ResultCodeException&) {
+                refused = true;
+            }
+        }
+    };
+    EXPECT_EQ(FailEachAllocation(write), 0u);
+    EXPECT_TRUE(refused);
+}
+
+TEST(Subscriptions, OfFourSeveritiesHold512NamesWhenLarge)
+{
+    const VynSubscriptions subscriptions = Large<VynSubscriptions>();
+    std::size_t names = 0;
+    for (const auto& entry : subscriptions)
+        names += entry.second.size();
+    EXPECT_EQ(subscriptions.size(), 4u);
+    EXPECT_EQ(names, 512u);
 }
 
 TEST(EventDeathTest, EndsTheProcessWhicheverAllocationFails)

@@ -2,8 +2,10 @@
 // function chooses between 0 and its limit. For properties that hold for every record.
 #pragma once
 
-#include <common/vyn_connector_common.h>
+#include <common/all_records.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -26,9 +28,29 @@ inline std::string MakeText(std::uint64_t size, std::uint64_t number = 0)
     return text;
 }
 
+// No byte of a number is that of padding, of stale memory or of another of its bytes.
 template <typename Value>
-void Fill(kind::InPlace, Value&, const ChooseSize&)
+void Fill(kind::Number, Value& value, const ChooseSize&)
 {
+    value = static_cast<Value>(0x123456789ABCDEF0);
+}
+inline void Fill(kind::Flag, bool& value, const ChooseSize&)
+{
+    value = true;
+}
+template <typename Value>
+void Fill(kind::Enumeration, Value& value, const ChooseSize&)
+{
+    value = static_cast<Value>(2);
+}
+inline void Fill(kind::Bytes, std::array<std::byte, 16>& value, const ChooseSize&)
+{
+    for (std::size_t i = 0; i < value.size(); ++i)
+        value[i] = static_cast<std::byte>(0xE0 + i);
+}
+inline void Fill(kind::Time, wem::types::Timestamp& value, const ChooseSize&)
+{
+    value.count = -0x123456789ABCDEF0;
 }
 template <std::size_t MaxBytes>
 void Fill(kind::Text<MaxBytes>, std::string& value, const ChooseSize& choose)

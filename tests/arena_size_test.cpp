@@ -2,7 +2,8 @@
 #include "any_record.h"
 #include "errors.h"
 
-#include <common/vyn_connector_common.h>
+#include <common/all_records.h>
+#include <common/arena_size.h>
 
 #include <gtest/gtest.h>
 
@@ -63,19 +64,6 @@ using namespace vyn_connector::common;
 using any_record::ChooseSize;
 using lyr::ipc::arena::conv::Status;
 
-// The pair of conversions of a record, whatever their signature.
-template <typename Record>
-void Write(const Record& record, zt_arena& arena)
-{
-    if constexpr (std::is_same_v<Record, VynUpdateIdentifiers>)
-        CastToZt(std::pair(record.cbegin(), record.cend()), &arena);
-    else if constexpr (std::is_same_v<Record, VynConnectorSettings> || std::is_same_v<Record, VynServerData> ||
-                       std::is_same_v<Record, DynamicAppInfo>)
-        CastToZt(record);
-    else
-        CastToZt(record, &arena);
-}
-
 // An arena whose top stands `gap` bytes past a multiple of 8 and which has `room` bytes left.
 class Room {
 public:
@@ -103,16 +91,16 @@ void ExpectExactSize(const Record& record, std::size_t gap)
 
     Room enough(gap, size);
     ASSERT_EQ(ArenaSize(record, enough.Top()), size);
-    Write(record, enough.arena);
+    Conversion<Record>::Write(record, &enough.arena);
     EXPECT_EQ(enough.Left(), 0u);
 
     Room more(gap, size + 40);
-    Write(record, more.arena);
+    Conversion<Record>::Write(record, &more.arena);
     EXPECT_EQ(more.Left(), 40u) << "the record takes the same bytes where there are more";
 
     if (size == 0) return;
     Room tooSmall(gap, size - 1);
-    ExpectOutOfSpace([&] { Write(record, tooSmall.arena); });
+    ExpectOutOfSpace([&] { Conversion<Record>::Write(record, &tooSmall.arena); });
 }
 
 template <>
@@ -184,7 +172,7 @@ struct RecordChecks {
 
 // Each record, by its name on the wire.
 template <typename... Records>
-std::vector<RecordChecks> ChecksOf()
+std::vector<RecordChecks> ChecksOf(RecordList<Records...>)
 {
     return {{Description<Records>::name, &ExpectExactSizeOfRandomRecords<Records>,
              &ExpectExactSizeOfTheSmallestRecord<Records>, &ExpectTheMaximumForTheLargestRecord<Records>}...};
@@ -207,16 +195,8 @@ TEST_P(ArenaSizeOf, TheLargestRecordIsTheMaximumAndNoMore)
     GetParam().largest();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, ArenaSizeOf,
-    testing::ValuesIn(
-        ChecksOf<Credentials, ProxySettings, SslSettings, VynRequestsTimeouts, ServerConnectionParameters,
-                 VynConnectionParameters, VynConnectorSettings, VynServerData, RawVynParam, std::vector<RawVynParam>,
-                 ProductUpdCfg, ProductUpdCfgArray, ProductHsdpStatus, ProductHsdpInfo, ProductInfo, DeviceInfo,
-                 AppInfo, DynamicAppInfo, LicenseKeyInfo, LicenseInfo, FileInfoParams, FileInfo, FileChunkParams,
-                 FileChunk, ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynUpdateIdentifier,
-                 VynUpdateIdentifiers, VynSubscription, VynSubscriptions, VynSubscriptionsWithHash, VynEvent>()),
-    [](const auto& instance) { return std::string(instance.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, ArenaSizeOf, testing::ValuesIn(ChecksOf(AllRecords{})),
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(MaxArenaSize, IsTheSumOfTheLimitsWhereNothingIsAligned)
 {

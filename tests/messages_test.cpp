@@ -4,7 +4,7 @@
 #include "errors.h"
 #include "message_file.h"
 
-#include <common/vyn_connector_common.h>
+#include <common/all_records.h>
 
 #include <gtest/gtest.h>
 
@@ -196,69 +196,22 @@ std::string ShowException(const std::exception& error, Shown& shown)
 
 // --- Converting ---
 
-template <typename Domain, typename = void>
-inline constexpr bool takesArena = false;
 template <typename Domain>
-inline constexpr bool takesArena<
-    Domain, std::void_t<decltype(CastFromZt(std::declval<const WireOf<Domain>&>(), std::declval<const zt_arena*>()))>> =
-    true;
-
-template <typename Domain>
-struct Conversion {
-    static Domain Read(const WireOf<Domain>& wire, const zt_arena* arena, Shown&)
-    {
-        if constexpr (takesArena<Domain>)
-            return CastFromZt(wire, arena);
-        else
-            return CastFromZt(wire);
-    }
-
-    static WireOf<Domain> Write(const Domain& value, zt_arena* arena)
-    {
-        if constexpr (takesArena<Domain>)
-            return CastToZt(value, arena);
-        else
-            return CastToZt(value);
-    }
-};
-
-template <>
-struct Conversion<VynUpdateIdentifiers> {
-    static VynUpdateIdentifiers Read(const WireOf<VynUpdateIdentifiers>& wire, const zt_arena* arena, Shown&)
-    {
-        return CastFromZt(wire, arena);
-    }
-
-    static WireOf<VynUpdateIdentifiers> Write(const VynUpdateIdentifiers& value, zt_arena* arena)
-    {
-        return CastToZt(VynUpdateIdentifierRange(value.begin(), value.end()), arena);
-    }
-};
-
-template <>
-inline constexpr bool takesArena<VynEvent> = true;
+Domain Read(const WireOf<Domain>& wire, const zt_arena* arena, Shown&)
+{
+    return Conversion<Domain>::Read(wire, arena);
+}
 
 // An event's reader does not throw; what it says beside the record is its status.
 template <>
-struct Conversion<VynEvent> {
-    using Status = lyr::ipc::arena::conv::Status;
-
-    static VynEvent Read(const WireOf<VynEvent>& wire, const zt_arena* arena, Shown& shown)
-    {
-        Status status = Status::Ok;
-        VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
-        shown["status"] = status == Status::Ok ? "ok" : status == Status::Failed ? "failed" : "neither ok nor failed";
-        return event;
-    }
-
-    static WireOf<VynEvent> Write(const VynEvent& value, zt_arena* arena)
-    {
-        Status status = Status::Ok;
-        const WireOf<VynEvent> wire = lyr::ipc::arena::conv::ToZt(*arena, value, status);
-        if (status != Status::Ok) throw std::runtime_error("the status is failed");
-        return wire;
-    }
-};
+VynEvent Read(const WireOf<VynEvent>& wire, const zt_arena* arena, Shown& shown)
+{
+    using lyr::ipc::arena::conv::Status;
+    Status status = Status::Ok;
+    VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
+    shown["status"] = status == Status::Ok ? "ok" : status == Status::Failed ? "failed" : "neither ok nor failed";
+    return event;
+}
 
 // --- Comparing ---
 
@@ -358,7 +311,7 @@ Problems Check(const MessageFile& file)
     Shown shown;
     std::string raised;
     try {
-        value = Conversion<Domain>::Read(wire, arena, shown);
+        value = Read<Domain>(wire, arena, shown);
         ShowRows("", value, shown);
     } catch (const std::exception& error) {
         raised = ShowException(error, shown);
@@ -385,18 +338,12 @@ void PrintTo(const Record& record, std::ostream* out)
 }
 
 template <typename... Domains>
-constexpr std::array<Record, sizeof...(Domains)> records_of()
+constexpr std::array<Record, sizeof...(Domains)> TableOf(RecordList<Domains...>)
 {
     return {Record{Description<Domains>::name, &Check<Domains>}...};
 }
 
-constexpr auto records =
-    records_of<Credentials, ProxySettings, SslSettings, ServerConnectionParameters, VynConnectionParameters,
-               VynRequestsTimeouts, VynConnectorSettings, VynServerData, RawVynParam, std::vector<RawVynParam>,
-               ProductUpdCfg, ProductUpdCfgArray, ProductHsdpStatus, ProductHsdpInfo, ProductInfo, DeviceInfo, AppInfo,
-               DynamicAppInfo, LicenseKeyInfo, LicenseInfo, FileInfoParams, FileInfo, FileChunkParams, FileChunk,
-               ClientCertParams, ClientCertInfo, std::vector<ClientCertInfo>, VynUpdateIdentifier, VynUpdateIdentifiers,
-               VynSubscription, VynSubscriptions, VynSubscriptionsWithHash, VynEvent>();
+constexpr auto records = TableOf(AllRecords{});
 
 Problems CheckAny(const MessageFile& file)
 {

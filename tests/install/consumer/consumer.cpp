@@ -20,6 +20,33 @@ bool passes(bool condition, const char* what)
     return condition;
 }
 
+// Messages that own what they hold, which is what a stranger reads about first.
+bool encodesAndDecodes()
+{
+    using vyn_connector::common::Decode;
+    using vyn_connector::common::Encode;
+    const vyn_connector::Credentials sent{"user", "secret"};
+    const auto message = Encode(sent);
+    vyn_connector::VynEvent event;
+    event.field5 = std::string(65, 'x');
+    std::string refused;
+    try {
+        Encode(event);
+    } catch (const std::length_error& error) {
+        refused = error.what();
+    }
+    return passes(message.arena.size() == 10, "the message does not hold the record's ten bytes") &&
+           passes(Decode(message) == sent, "the message is not read as the record that it was made of") &&
+           passes(Decode<vyn_connector::Credentials>(message.wire, message.arena.data(), 10) == sent,
+                  "the message's bytes are not read as the record") &&
+           passes(Decode(Encode(vyn_connector::Credentials{"", ""})) == vyn_connector::Credentials{},
+                  "a record that needs no arena does not come back") &&
+           passes(Decode(Encode(vyn_connector::VynServerData{7})) == vyn_connector::VynServerData{7},
+                  "a record whose conversions take no arena does not come back") &&
+           passes(refused == "vyn event: field5: 65 bytes, at most 64", "the event's refusal has another text");
+}
+
+// The same with an arena of the caller's own.
 bool convertsBothWays()
 {
     std::array<std::uint8_t, 64> buffer{};
@@ -155,7 +182,7 @@ bool refusesNullArgument()
 
 int main()
 {
-    const bool passed = convertsBothWays() && everyRecordTravels() && throwsExhaustion() &&
+    const bool passed = encodesAndDecodes() && convertsBothWays() && everyRecordTravels() && throwsExhaustion() &&
                         refusesTextOverCallersOwnLimit() && refusesPointerOutside() && refusesNullArgument();
     return passed ? 0 : 1;
 }

@@ -65,6 +65,9 @@ VYN_RECORD(VynEvent, VynEvent, 136, 8,
     VYN_FIELD(56,  8, field9,      EventNumber),
     VYN_FIELD(64, 72, stringArray, EventTexts<9, 512>));
 
+template <>
+inline constexpr bool takesArena<VynEvent> = true;
+
 // Where a caller wants an exception and no status: it names the first field that failed. Writing throws
 // std::length_error, reading std::out_of_range.
 template <>

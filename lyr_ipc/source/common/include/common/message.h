@@ -17,11 +17,16 @@ struct Message {
 
 namespace detail {
 
+// Where an arena of no bytes stands: aligned, so that an array without elements needs no gap before it either.
+struct alignas(8) PlaceOfNone {
+    std::uint8_t byte = 0;
+};
+
 // An arena of [bytes, bytes + size) with `used` bytes in use. Its addresses are not null even where it is empty, when
 // those of an empty vector are.
-inline zt_arena ArenaOver(std::uint8_t* bytes, std::size_t size, std::size_t used, std::uint8_t& placeOfNone)
+inline zt_arena ArenaOver(std::uint8_t* bytes, std::size_t size, std::size_t used, PlaceOfNone& placeOfNone)
 {
-    if (size == 0) bytes = &placeOfNone;
+    if (size == 0) bytes = &placeOfNone.byte;
     return {bytes, bytes + used, bytes + size};
 }
 
@@ -32,7 +37,7 @@ inline zt_arena ArenaOver(std::uint8_t* bytes, std::size_t size, std::size_t use
 template <typename Record>
 Message<Record> Encode(const Record& record)
 {
-    std::uint8_t placeOfNone = 0;
+    detail::PlaceOfNone placeOfNone;
     Message<Record> message{{}, std::vector<std::uint8_t>(ArenaSize(record, 0))};
     zt_arena arena = detail::ArenaOver(message.arena.data(), message.arena.size(), 0, placeOfNone);
     message.wire = Conversion<Record>::Write(record, &arena);
@@ -45,7 +50,7 @@ Message<Record> Encode(const Record& record)
 template <typename Record>
 Record Decode(const WireOf<Record>& wire, const std::uint8_t* arena, std::size_t size)
 {
-    std::uint8_t placeOfNone = 0;
+    detail::PlaceOfNone placeOfNone;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): readers take the arena as const and leave its bytes alone
     const zt_arena received = detail::ArenaOver(const_cast<std::uint8_t*>(arena), size, size, placeOfNone);
     return Conversion<Record>::Read(wire, &received);

@@ -106,7 +106,7 @@ template <typename List>
 using RowOfWhole =
     typename detail::OnlyRow<decltype(Description<List>::Rows(detail::RowWith<detail::Itself<List>>{}))>::Type;
 
-// Whether the record's pair takes the arena as its last argument.
+// Whether the record's pair takes an arena. Specialised with Conversion, which a record of another pair has.
 template <typename Record>
 inline constexpr bool takesArena =
     decltype(detail::HasPair<Record>(std::declval<const Record&>(), std::declval<zt_arena*>()))::value;

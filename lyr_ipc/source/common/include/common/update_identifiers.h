@@ -52,6 +52,9 @@ struct WrittenAs<VynUpdateIdentifierRange> {
 };
 
 template <>
+inline constexpr bool takesArena<VynUpdateIdentifiers> = true;
+
+template <>
 struct Conversion<VynUpdateIdentifiers> {
     static WireOf<VynUpdateIdentifiers> Write(const VynUpdateIdentifiers& identifiers, zt_arena* arena)
     {

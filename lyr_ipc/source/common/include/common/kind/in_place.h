@@ -1,7 +1,7 @@
 // The kinds of field that lie in the wire structure alone and take nothing from the arena.
 #pragma once
 
-#include <common/detail/codec.h>
+#include <common/detail/put.h>
 #include <wem/types/timestamp.h>
 
 #include <array>
