@@ -28,6 +28,11 @@ inline std::string MakeText(std::uint64_t size, std::uint64_t number = 0)
     return text;
 }
 
+// What a kind of a record's own stores, nobody knows here.
+template <typename Value>
+void Fill(kind::InPlace, Value&, const ChooseSize&)
+{
+}
 // No byte of a number is that of padding, of stale memory or of another of its bytes.
 template <typename Value>
 void Fill(kind::Number, Value& value, const ChooseSize&)
