@@ -105,7 +105,7 @@ TEST(Limits, OfARangeOfIdentifiers)
     EXPECT_EQ(OverTheLimit(VynUpdateIdentifiers(10)), "");
     EXPECT_EQ(Refusal(VynUpdateIdentifiers(10)), "");
     EXPECT_EQ(OverTheLimit(VynUpdateIdentifiers(11)), "identifiers: 11 items, at most 10");
-    EXPECT_NE(Refusal(VynUpdateIdentifiers(11)), "");
+    EXPECT_THROW(common::Encode(VynUpdateIdentifiers(11)), mur::ResultCodeException);
 }
 
 } // namespace

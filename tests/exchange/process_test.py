@@ -153,9 +153,9 @@ class Streams(Case):
                                   env=self.environment, cwd=self.directory, timeout=120)
 
     def test_output_that_cannot_be_written_is_a_failure(self):
-        for arguments in [], ["--json"], ["--record", "states"]:
+        for side, arguments in (("connector", []), ("server", ["--json"]), ("connector", ["--record", "states"])):
             self.assert_refused(self.run_into("/dev/full", *arguments),
-                                "exchange: connector: standard output: No space left on device")
+                                f"exchange: {side}: standard output: No space left on device")
         for argument in "--help", "--version":
             self.assert_refused(self.run_into("/dev/full", argument),
                                 "exchange: standard output: No space left on device")

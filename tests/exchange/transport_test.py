@@ -73,7 +73,7 @@ class Hostile(Case):
         wire = bytearray(136)
         struct.pack_into("=II", wire, 0, 9, 9)
         self.assert_error(self.answer_to(frame("VynEvent", bytes(wire), b"1234"), options=("--record", "events")),
-                          "VynEvent: a field lies outside the arena, or the severity is unknown")
+                          "VynEvent: vyn event: field1: zt_arena does not contain an element with the address 9")
 
     def test_a_state_that_does_not_exist(self):
         for code in 0, 14, -1:

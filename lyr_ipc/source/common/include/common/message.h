@@ -32,7 +32,7 @@ inline zt_arena ArenaOver(std::uint8_t* bytes, std::size_t size, std::size_t use
 template <typename Record>
 Message<Record> Encode(const Record& record)
 {
-    std::uint8_t placeOfNone = 0;
+    alignas(8) std::uint8_t placeOfNone = 0; // an empty list, too, moves the top up to where an element could stand
     Message<Record> message{{}, std::vector<std::uint8_t>(ArenaSize(record, 0))};
     zt_arena arena = detail::ArenaOver(message.arena.data(), message.arena.size(), 0, placeOfNone);
     message.wire = Conversion<Record>::Write(record, &arena);
