@@ -140,7 +140,8 @@ try {
         ->option_text("FILE");
     app.add_option("--into", options.destination, "The directory into which the server puts it; without it, ./received")
         ->option_text("DIR");
-    app.add_flag("--resume", options.resume, "Go on with a transfer that was interrupted");
+    app.add_flag("--resume", options.resume,
+                 "Go on with a transfer that was interrupted, whose beginning is NAME.part");
     app.add_option("--record", options.record, "Only one step, by its name or that of one of its records")
         ->option_text("NAME")
         ->check([](const std::string& name) {
@@ -151,16 +152,20 @@ try {
             if (!message.empty()) return fmt::format("{0} travels inside {1}; --record {1} shows it", name, message);
             return fmt::format("there is no step or record {}", name);
         });
-    app.add_option("--capture", options.capture, "Write each message to a file in this directory; passwords too")
+    app.add_option("--capture", options.capture,
+                   "Write each message to a file in this directory, passwords too; it has to be new or empty")
         ->option_text("DIR");
     app.add_flag("--json", options.json, "Print nothing but the closing tables, each as a line of JSON");
     app.add_option("--timeout", options.timeoutSeconds, "Seconds until a silent peer is given up; 0: never")
         ->option_text("SECONDS (300)");
-    app.add_flag("--any-user", options.anyUser, "Connect to a server of another user as well");
+    app.add_flag("--any-user", options.anyUser, "Send to a server of another user as well, passwords too");
     app.set_version_flag("--version", "exchange " EXCHANGE_VERSION);
     std::string footer = "The steps and their records:";
     for (const Step& step : Steps())
         footer += fmt::format("\n  {:<15}{}", step.name, fmt::join(step.records, ", "));
+    footer += "\n\nThe status is 0 when all went well, 1 when something that was given cannot be used, 2 when the peer "
+              "is gone or "
+              "silent, 130 after ^C, 143 after SIGTERM, and 141 when nobody reads the output any more.";
     app.footer(footer);
     app.require_subcommand(0, 1);
     app.fallthrough();
@@ -175,10 +180,10 @@ try {
         Console::ProgramError("there are arguments too many; see --help");
         return exitFailure;
     } catch (const CLI::CallForVersion& version) {
-        WriteOutput(fmt::format("{}\n", version.what()));
+        Console::ProgramText(version.what());
         return EXIT_SUCCESS;
     } catch (const CLI::Success&) {
-        WriteOutput(app.help());
+        Console::ProgramText(app.help());
         return EXIT_SUCCESS;
     } catch (const CLI::ParseError& error) {
         Console::ProgramError(fmt::format("{}; see --help", error.what()));

@@ -1,5 +1,4 @@
 // The exchange's own test of a record's limits, which can say where, refuses what the library refuses and nothing else.
-#include "transport/codec.h"
 #include "transport/limits.h"
 
 #include "../any_record.h"
@@ -29,9 +28,7 @@ Record Small()
 template <typename Record>
 std::string Refusal(const Record& record)
 try {
-    std::vector<std::uint8_t> buffer(exchange::Codec<Record>::Size(record) + 1);
-    zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
-    exchange::Codec<Record>::Encode(record, arena);
+    common::Encode(record);
     return "";
 } catch (const std::length_error& error) {
     return error.what();
@@ -105,10 +102,10 @@ TEST(Limits, OfSetsAndMaps)
 
 TEST(Limits, OfARangeOfIdentifiers)
 {
-    const VynUpdateIdentifiers identifiers(11);
-    EXPECT_EQ(OverTheLimit(common::VynUpdateIdentifierRange{identifiers.begin(), identifiers.end() - 1}), "");
-    EXPECT_EQ(OverTheLimit(common::VynUpdateIdentifierRange{identifiers.begin(), identifiers.end()}),
-              "identifiers: 11 items, at most 10");
+    EXPECT_EQ(OverTheLimit(VynUpdateIdentifiers(10)), "");
+    EXPECT_EQ(Refusal(VynUpdateIdentifiers(10)), "");
+    EXPECT_EQ(OverTheLimit(VynUpdateIdentifiers(11)), "identifiers: 11 items, at most 10");
+    EXPECT_THROW(common::Encode(VynUpdateIdentifiers(11)), mur::ResultCodeException);
 }
 
 } // namespace

@@ -69,7 +69,7 @@ class OverTheLimit(Case):
         self.refused(lambda s: s["credentials"].update(password=SECRET + "p" * 128),
                      "VynConnectionParameters: credentials.password: 137 bytes, at most 128")
         self.refused(lambda s: s["parameters"].update({"n" * 129: 1}),
-                     "VynParams: params[2].name: 129 bytes, at most 128")
+                     "VynParams: params[0].name: 129 bytes, at most 128")
         self.refused(lambda s: s["parameters"].update(tags="v" * 65537),
                      "VynParams: params[1].value: 65537 bytes, at most 65536")
         self.refused(lambda s: s["subscriptions"].update({"2": ["t" * 129]}),

@@ -14,9 +14,10 @@ class CommandLine(Case):
     def test_help_names_every_option(self):
         result = self.run_exchange("--help")
         self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stderr, "")
         for word in ("--settings", "--proxy", "--root", "--log", "--certificates", "--file", "--into", "--resume",
                      "--record", "--capture", "--json", "--timeout", "--any-user", "--version", "--help",
-                     "serve", "connect", *EVERY_RECORD):
+                     "serve", "connect", "130", "141", "143", *EVERY_RECORD):
             self.assertIn(word, result.stdout)
 
     def test_arguments_too_many_are_not_quoted(self):
@@ -152,9 +153,9 @@ class Streams(Case):
                                   env=self.environment, cwd=self.directory, timeout=120)
 
     def test_output_that_cannot_be_written_is_a_failure(self):
-        for arguments in [], ["--json"], ["--record", "states"]:
+        for side, arguments in (("connector", []), ("server", ["--json"]), ("connector", ["--record", "states"])):
             self.assert_refused(self.run_into("/dev/full", *arguments),
-                                "exchange: connector: standard output: No space left on device")
+                                f"exchange: {side}: standard output: No space left on device")
         for argument in "--help", "--version":
             self.assert_refused(self.run_into("/dev/full", argument),
                                 "exchange: standard output: No space left on device")
@@ -180,7 +181,7 @@ class Interrupts(Case):
         return both, part
 
     def assert_kept(self, result, part):
-        self.assertEqual(result.stderr, f"exchange: server: interrupted; {os.stat(part).st_size} bytes stay in {part}; "
+        self.assertEqual(result.stderr, f"exchange: server: interrupted; kept {os.stat(part).st_size} bytes in {part}; "
                                         "--resume goes on from there\n")
 
     def test_a_transfer_is_kept(self):
@@ -240,7 +241,7 @@ class Interrupts(Case):
         os.kill(child, signal.SIGSTOP)
         result = self.finish(both)
         self.assert_refused(result, "exchange: server: the peer has been silent for too long", 2)
-        self.assertIn(f"{os.stat(part).st_size} bytes stay in {part}; --resume goes on from there",
+        self.assertIn(f"kept {os.stat(part).st_size} bytes in {part}; --resume goes on from there",
                       self.lines(result.stdout))
         self.assert_ended(child)
 

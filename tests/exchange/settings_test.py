@@ -41,11 +41,6 @@ class BadSettings(Case):
             self.refused(lambda settings, number=number: settings["tls"].update(minimumVersion=number),
                          "/tls/minimumVersion: not a whole number from 0 to 65535")
 
-    def test_more_severities_than_there_are(self):
-        path = self.settings(lambda settings: settings.update(subscriptions={str(i): [] for i in range(5)}))
-        self.assert_refused(self.run_exchange("--settings", path),
-                            "exchange: connector: VynSubscriptionsWithHash: subscriptions.entries: 5 items, at most 4")
-
     def test_a_severity_that_does_not_exist(self):
         for key in "4", "-1", "01", "high", "", "3 ":
             self.refused(lambda settings, key=key: settings.update(subscriptions={"0": [], key: ["Alarm"]}),

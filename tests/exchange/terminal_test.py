@@ -109,6 +109,15 @@ class Terminal(Case):
         self.assertEqual(re.sub(r"\n  ", "", error).replace(" ", ""),
                          f"exchange: connector: {path}: No such file or directory".replace(" ", ""))
 
+    def test_the_help_fits_and_is_not_cut(self):
+        plain = self.run_well("--help")
+        self.assertGreater(max(len(line) for line in plain.splitlines()), 80)
+        for columns in 60, 80, 120:
+            shown = self.show("--help", columns=columns)
+            self.assertLessEqual(max(len(line) for line in shown.split("\r\n")), columns)
+            self.assertEqual(shown.split(), plain.split())
+        self.assertRegex(self.show("--help"), r"\n  --capture DIR  +Write [^\n]+\n {30}[a-z][^\n]+new or empty\r\n")
+
     def test_the_progress_line_never_wraps(self):
         path = self.write("a-file-with-a-name-that-is-much-too-long-for-half-a-terminal.img", b"")
         os.truncate(path, 256 * MIB)

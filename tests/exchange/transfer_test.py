@@ -48,7 +48,7 @@ class FileTransfer(Case):
         self.assertEqual(self.left_over(), ["large.part"])
         have = os.stat(part).st_size
         self.assertLess(have, len(content))
-        self.assertIn(f"{have} bytes stay in {part}; --resume goes on from there", self.lines(server.stdout))
+        self.assertIn(f"kept {have} bytes in {part}; --resume goes on from there", self.lines(server.stdout))
 
         # In constant memory: neither side may take as much as the file is large.
         def limit():
@@ -173,7 +173,7 @@ class FileTransfer(Case):
                 result = self.transfer(path, *options)
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
                 self.assert_received(path, content)
-                goes_on = f"goes on after {left} bytes" in self.lines(result.stdout)
+                goes_on = f"goes on after {left} byte{'' if left == 1 else 's'}" in self.lines(result.stdout)
                 self.assertEqual(goes_on, bool(options) and left > 0)
 
     def test_a_file_of_that_name_stays_as_it_is_until_the_new_one_is_complete(self):

@@ -97,8 +97,23 @@ void Console::Error(std::string_view text)
 
 void Console::ProgramError(std::string_view text)
 {
-    const std::string lines = Wrapped("exchange: " + Printable(text), ColumnsOf(STDERR_FILENO)) + "\n";
+    const std::string lines = Wrapped("exchange: " + Printable(text), ColumnsOf(STDERR_FILENO), 2) + "\n";
     std::fputs(lines.c_str(), stderr); // where that cannot be written either, the status has to say it
+}
+
+void Console::ProgramText(std::string_view text)
+{
+    const std::size_t columns = ColumnsOf(STDOUT_FILENO);
+    std::string lines;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        const std::size_t begin = std::min(line.find_first_not_of(' '), line.size());
+        const std::size_t gap = line.find("  ", begin);
+        const std::size_t lastColumn = gap == std::string_view::npos ? begin : line.find_first_not_of(' ', gap);
+        lines += Wrapped(Printable(line), columns, std::min(lastColumn, columns / 2)) + "\n";
+    }
+    WriteOutput(lines);
 }
 
 // The other process may have left a transient line.

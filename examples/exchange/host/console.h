@@ -41,6 +41,10 @@ public:
     void Error(std::string_view text);
     static void ProgramError(std::string_view text);
 
+    // What the program says of itself, without a side: help and version. A line that is too wide goes on below its last
+    // column.
+    static void ProgramText(std::string_view text);
+
 private:
     void WriteLine(std::string_view line);
 

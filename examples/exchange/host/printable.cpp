@@ -113,16 +113,15 @@ std::string Padded(std::string_view text, std::size_t width)
     return std::string(text) + std::string(width - std::min(width, have), ' ');
 }
 
-std::string Wrapped(std::string_view text, std::size_t width)
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent)
 {
-    constexpr std::string_view indent = "  ";
     std::string wrapped;
-    for (std::size_t left = width; WidthOf(text) > left; left = width - std::min(width, indent.size())) {
+    for (std::size_t left = width; WidthOf(text) > left; left = width - std::min(width, indent)) {
         std::string_view line = Beginning(text, left);
         const std::size_t blank = line.rfind(' ');
         if (text[line.size()] != ' ' && blank != std::string_view::npos && blank > 0) line = line.substr(0, blank);
         if (line.empty()) break; // not even one character fits
-        wrapped += fmt::format("{}\n{}", line, indent);
+        wrapped += fmt::format("{}\n{:{}}", line, "", indent);
         text.remove_prefix(std::min(line.size(), text.size()));
         text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     }

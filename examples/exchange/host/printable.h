@@ -28,6 +28,6 @@ std::string Shortened(std::string_view text, std::size_t width);
 std::string Padded(std::string_view text, std::size_t width);
 
 // Broken at blanks into lines of at most `width` columns; all but the first are indented.
-std::string Wrapped(std::string_view text, std::size_t width);
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent);
 
 } // namespace exchange

@@ -96,8 +96,9 @@ private:
     {
         const struct stat now = Status();
         if (now.st_size != announced_.st_size)
-            return fmt::format("{}: {} from {} to {} bytes during the transfer", path_,
-                               now.st_size < announced_.st_size ? "shrank" : "grew", announced_.st_size, now.st_size);
+            return fmt::format("{}: {} from {} to {} during the transfer", path_,
+                               now.st_size < announced_.st_size ? "shrank" : "grew", announced_.st_size,
+                               Amount(static_cast<std::uint64_t>(now.st_size), "byte"));
         if (now.st_mtim.tv_sec != announced_.st_mtim.tv_sec || now.st_mtim.tv_nsec != announced_.st_mtim.tv_nsec)
             return path_ + ": was changed during the transfer";
         return "";
@@ -151,7 +152,7 @@ void Fetch(Session& session, std::uint64_t fileSize, PartFile& part)
 {
     const std::string& file = session.options.file;
     if (!session.options.resume) part.Restart();
-    if (part.Size() > 0) session.console.Line(fmt::format("goes on after {} bytes", part.Size()));
+    if (part.Size() > 0) session.console.Line(fmt::format("goes on after {}", Amount(part.Size(), "byte")));
     Progress progress(session.console, std::filesystem::path(file).filename(), part.Size(), fileSize);
     while (part.Size() < fileSize) {
         const std::uint64_t size = std::min(chunkLimit, fileSize - part.Size());
@@ -170,7 +171,7 @@ void Fetch(Session& session, std::uint64_t fileSize, PartFile& part)
 std::string Keep(PartFile& part)
 {
     if (part.Size() != 0)
-        return fmt::format("{} bytes stay in {}; --resume goes on from there", part.Size(), part.Path());
+        return fmt::format("kept {} in {}; --resume goes on from there", Amount(part.Size(), "byte"), part.Path());
     part.Discard();
     return "nothing of the file has arrived";
 }
@@ -206,7 +207,7 @@ void FetchFile(Session& session)
     if (info.fileName != session.options.file) throw std::runtime_error("FileInfo: not of the file that was asked for");
     const std::filesystem::path destination =
         std::filesystem::path(session.options.destination) / std::filesystem::path(session.options.file).filename();
-    session.console.Line(fmt::format("{}: {} bytes", destination.string(), info.fileSize));
+    session.console.Line(fmt::format("{}: {}", destination.string(), Amount(info.fileSize, "byte")));
 
     PartFile part(destination);
     RefuseForeign(session, info.fileSize, part);

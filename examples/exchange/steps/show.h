@@ -203,8 +203,8 @@ private:
 template <typename Record>
 void ShowSizes(Console& console, const Received<Record>& received)
 {
-    console.Line(fmt::format("{}: {} bytes on the wire, {} in the arena", Codec<Record>::name, received.wireBytes,
-                             received.arenaBytes));
+    console.Line(fmt::format("{}: {} on the wire, {} in the arena", Codec<Record>::name,
+                             Amount(received.wireBytes, "byte"), received.arenaBytes));
 }
 
 template <typename Record, typename... Labels>
