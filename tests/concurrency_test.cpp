@@ -5,6 +5,8 @@
 
 #include "arena.h"
 
+#include <common/vyn_connector_common.h>
+
 #include <atomic>
 #include <exception>
 #include <functional>
@@ -48,7 +50,7 @@ TYPED_TEST(SharedRecord, IsWrittenByAllThreadsToTheSameBytes)
 {
     const TypeParam record = conversion::Full<TypeParam>();
     TestArena first(room);
-    const Bytes wire = BytesOf(conversion::Write(record, first.Get()));
+    const Bytes wire = BytesOf(common::Conversion<TypeParam>::Write(record, first.Get()));
     const Bytes used = first.Used();
     std::atomic<int> others{0};
 
@@ -56,7 +58,7 @@ TYPED_TEST(SharedRecord, IsWrittenByAllThreadsToTheSameBytes)
         std::vector<std::uint64_t> buffer(room / 8);
         auto* const start = reinterpret_cast<std::uint8_t*>(buffer.data());
         zt_arena arena{start, start, start + room};
-        const Bytes again = BytesOf(conversion::Write(record, &arena));
+        const Bytes again = BytesOf(common::Conversion<TypeParam>::Write(record, &arena));
         if (again != wire || Bytes(start, static_cast<std::size_t>(arena.top - start)) != used) ++others;
     });
 
@@ -66,13 +68,13 @@ TYPED_TEST(SharedRecord, IsWrittenByAllThreadsToTheSameBytes)
 TYPED_TEST(SharedRecord, IsReadByAllThreadsFromOneArena)
 {
     TestArena arena(room);
-    const auto wire = conversion::Write(conversion::Full<TypeParam>(), arena.Get());
+    const auto wire = common::Conversion<TypeParam>::Write(conversion::Full<TypeParam>(), arena.Get());
     const zt_arena* const received = arena.Get();
-    const auto expected = conversion::Read<TypeParam>(wire, received);
+    const auto expected = common::Conversion<TypeParam>::Read(wire, received);
     std::atomic<int> others{0};
 
     InThreads([&] {
-        if (!(conversion::Read<TypeParam>(wire, received) == expected)) ++others;
+        if (!(common::Conversion<TypeParam>::Read(wire, received) == expected)) ++others;
     });
 
     EXPECT_EQ(others, 0);
