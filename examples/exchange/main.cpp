@@ -155,7 +155,7 @@ try {
     app.add_option("--capture", options.capture,
                    "Write each message to a file in this directory, passwords too; it has to be new or empty")
         ->option_text("DIR");
-    app.add_flag("--json", options.json, "Print nothing but the closing tables, each as a line of JSON");
+    app.add_flag("--json", options.json, "Print nothing but the closing table, as a line of JSON");
     app.add_option("--timeout", options.timeoutSeconds, "Seconds until a silent peer is given up; 0: never")
         ->option_text("SECONDS (300)");
     app.add_flag("--any-user", options.anyUser, "Send to a server of another user as well, passwords too");

@@ -43,6 +43,7 @@ class Terminal(Case):
         lines = [part for line in shown.replace("\r\n", "\n").split("\n") for part in line.split(ERASE)]
         self.assertNotIn("\x1b", "".join(lines))
         self.assertNotIn("\r", "".join(lines))
+        self.assertEqual([line for line in lines if line.endswith(" ") and not line.endswith("| ")], [])
         self.assertEqual(max(len(line) for line in lines), columns)
         return [line for line in lines if line]
 

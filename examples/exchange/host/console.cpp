@@ -60,7 +60,7 @@ void Console::Table(const TableRows& rows)
         std::string line = Padded(Shortened(Printable(row[0]), widths[0]), widths[0]);
         for (std::size_t i = 1; i < row.size(); ++i)
             line += fmt::format("{:{}}{:>{}}", "", gap, Printable(row[i]), widths[i]);
-        WriteLine(line);
+        WriteLine(line.substr(0, line.find_last_not_of(' ') + 1));
     }
 }
 

@@ -56,7 +56,7 @@ public:
     std::string Fault(const vyn_connector::FileChunkParams& wanted, std::size_t size) const
     {
         if (wanted.chunkSize != 0 && size == wanted.chunkSize) return "";
-        const std::string change = Change();
+        std::string change = Change();
         if (!change.empty() || wanted.chunkSize == 0) return change;
         return path_ + ": holds less than its size says, as files under /sys do";
     }
