@@ -93,7 +93,7 @@ private:
         ForEachRow<VynEvent>([&](auto row) {
             using Row = decltype(row);
             const std::string fault = Row::Kind::FaultOnWriting(Row::InDomain::Of(event));
-            if (!fault.empty()) throw std::length_error("vyn event: " + (row.name + fault));
+            if (!fault.empty()) throw std::length_error(fmt::format("vyn event: {}{}", row.name, fault));
         });
         mur::raise_result_code(mur::resultOutOfSpace);
     }
@@ -104,9 +104,9 @@ private:
             using Row = decltype(row);
             const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset;
             const std::string fault = Row::Kind::FaultOnReading(bytes, arena);
-            if (first.empty() && !fault.empty()) first = row.name + fault;
+            if (first.empty() && !fault.empty()) first = fmt::format("vyn event: {}{}", row.name, fault);
         });
-        throw std::out_of_range("vyn event: " + first);
+        throw std::out_of_range(first);
     }
 };
 

@@ -102,13 +102,13 @@ struct EventText : Text<MaxBytes> {
     static std::string FaultOnWriting(const std::string& value)
     {
         if (value.size() <= MaxBytes) return {};
-        return ": " + std::to_string(value.size()) + " bytes, at most " + std::to_string(MaxBytes);
+        return fmt::format(": {} bytes, at most {}", value.size(), MaxBytes);
     }
     static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
     {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         if (detail::IsInUsedPart(pointer, arena)) return {};
-        return ": zt_arena does not contain an element with the address " + std::to_string(pointer.offset);
+        return fmt::format(": zt_arena does not contain an element with the address {}", pointer.offset);
     }
 
     static std::uintptr_t After(const std::string& value, std::uintptr_t at)
@@ -168,7 +168,7 @@ struct EventTexts {
     {
         for (std::size_t i = 0; i < Count; ++i) {
             const std::string fault = Element::FaultOnWriting(values[i]);
-            if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
+            if (!fault.empty()) return fmt::format("[{}]{}", i, fault);
         }
         return {};
     }
@@ -176,7 +176,7 @@ struct EventTexts {
     {
         for (std::size_t i = 0; i < Count; ++i) {
             const std::string fault = Element::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
-            if (!fault.empty()) return "[" + std::to_string(i) + "]" + fault;
+            if (!fault.empty()) return fmt::format("[{}]{}", i, fault);
         }
         return {};
     }
@@ -250,7 +250,7 @@ struct EventSeverity : Enumeration {
     static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena&)
     {
         const auto value = detail::Load<std::uint32_t>(wire);
-        return value <= highest ? "" : ": " + std::to_string(value) + " is greater than " + std::to_string(highest);
+        return value <= highest ? "" : fmt::format(": {} is greater than {}", value, highest);
     }
 };
 
