@@ -24,7 +24,7 @@ inline void Count(const Conversion& conversion)
 {
     std::puts(conversion.name.c_str());
     conversion.run(4); // the heap and the linker's tables are then as they stay
-    for (const std::size_t times : {5, 15}) {
+    for (const std::size_t times : {std::size_t{5}, std::size_t{15}}) {
         CountedRun(&conversion, times);
         EndCount();
     }

@@ -15,7 +15,7 @@ class LimitsOfEveryRecord : public testing::Test {
 using Records = testing::Types<VynConnectionParameters, AppInfo, VynSubscriptionsWithHash, VynEvent,
                                std::vector<ClientCertInfo>, ClientCertParams, FileInfoParams, FileInfo, FileChunkParams,
                                FileChunk, std::vector<common::RawVynParam>>;
-TYPED_TEST_SUITE(LimitsOfEveryRecord, Records);
+TYPED_TEST_SUITE(LimitsOfEveryRecord, Records, );
 
 // With two items in each list, and each string short.
 template <typename Record>

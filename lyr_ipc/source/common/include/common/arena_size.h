@@ -4,8 +4,6 @@
 
 #include <common/record.h>
 
-#include <algorithm>
-
 namespace vyn_connector::common {
 
 // The number of bytes by which writing `value` moves the top of an arena, where the top is at address `top`; only that
@@ -25,7 +23,7 @@ constexpr std::size_t MaxArenaSize()
 {
     std::size_t most = 0;
     for (std::uintptr_t top = 0; top < 8; ++top)
-        most = std::max<std::size_t>(most, detail::MostAfterRecord<Record>(top) - top);
+        if (const std::size_t size = detail::MostAfterRecord<Record>(top) - top; size > most) most = size;
     return most;
 }
 

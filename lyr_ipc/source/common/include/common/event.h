@@ -69,17 +69,19 @@ template <>
 inline constexpr bool takesArena<VynEvent> = true;
 
 // Where a caller wants an exception and no status: it names the first field that failed. Writing throws
-// std::length_error, reading std::out_of_range.
+// std::length_error, reading std::out_of_range. Templates, so that whoever calls neither does not compile them.
 template <>
 struct Conversion<VynEvent> {
-    static WireOf<VynEvent> Write(const VynEvent& event, zt_arena* arena)
+    template <typename Event>
+    static WireOf<Event> Write(const Event& event, zt_arena* arena)
     {
         auto status = lyr::ipc::arena::conv::Status::Ok;
         const WireOf<VynEvent> wire = lyr::ipc::arena::conv::ToZt(*arena, event, status);
         if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnwritten(event);
         return wire;
     }
-    static VynEvent Read(const WireOf<VynEvent>& wire, const zt_arena* arena)
+    template <typename Wire>
+    static VynEvent Read(const Wire& wire, const zt_arena* arena)
     {
         auto status = lyr::ipc::arena::conv::Status::Ok;
         VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
@@ -88,16 +90,18 @@ struct Conversion<VynEvent> {
     }
 
 private:
-    [[noreturn]] static void RaiseUnwritten(const VynEvent& event)
+    template <typename Event>
+    [[noreturn]] static void RaiseUnwritten(const Event& event)
     {
-        ForEachRow<VynEvent>([&](auto row) {
+        ForEachRow<Event>([&](auto row) {
             using Row = decltype(row);
             const std::string fault = Row::Kind::FaultOnWriting(Row::InDomain::Of(event));
             if (!fault.empty()) throw std::length_error(fmt::format("vyn event: {}{}", row.name, fault));
         });
         mur::raise_result_code(mur::resultOutOfSpace);
     }
-    [[noreturn]] static void RaiseUnread(const WireOf<VynEvent>& wire, const zt_arena& arena)
+    template <typename Wire>
+    [[noreturn]] static void RaiseUnread(const Wire& wire, const zt_arena& arena)
     {
         std::string first;
         ForEachRow<VynEvent>([&](auto row) {

@@ -135,15 +135,18 @@ struct Conversion {
 
 namespace vyn_connector {
 
-// Records are equal where all their members are, those that do not travel included.
-template <typename Record, std::enable_if_t<std::is_aggregate_v<Record> && common::isDescribed<Record>, int> = 0>
+// Records are equal where all their members are, those that do not travel included. Whether a record is described is only
+// asked of aggregates: a class that compares itself may do so before its table stands.
+template <typename Record, std::enable_if_t<std::is_aggregate_v<Record>, int> = 0,
+          std::enable_if_t<common::isDescribed<Record>, int> = 0>
 bool operator==(const Record& a, const Record& b)
 {
     return common::Description<Record>::Rows(
         [&](auto... row) { return (common::detail::SameMember<decltype(row)>(a, b) && ...); });
 }
 
-template <typename Record, std::enable_if_t<std::is_aggregate_v<Record> && common::isDescribed<Record>, int> = 0>
+template <typename Record, std::enable_if_t<std::is_aggregate_v<Record>, int> = 0,
+          std::enable_if_t<common::isDescribed<Record>, int> = 0>
 bool operator!=(const Record& a, const Record& b)
 {
     return !(a == b);

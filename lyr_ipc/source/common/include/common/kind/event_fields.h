@@ -8,7 +8,6 @@
 #include <common/kind/in_place.h>
 #include <common/kind/text.h>
 
-#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -67,9 +66,10 @@ inline bool IsInUsedPart(zt_ptr_t pointer, const zt_arena& arena) noexcept
     return {};
 }
 
-constexpr std::size_t EventTextSize(std::size_t size, std::size_t limit)
+// The room that a string takes.
+constexpr std::size_t EventTextSize(std::size_t size)
 {
-    return size > limit ? 0 : std::max<std::size_t>(size, 1);
+    return size == 0 ? 1 : size;
 }
 
 } // namespace vyn_connector::common::detail
@@ -87,7 +87,7 @@ struct EventText : Text<MaxBytes> {
     [[gnu::always_inline]] static std::size_t Put(const std::string& value, std::uint8_t* wire, std::size_t at,
                                                   detail::Room room)
     {
-        const std::size_t end = at + std::max<std::size_t>(value.size(), 1);
+        const std::size_t end = at + detail::EventTextSize(value.size());
         if (value.size() > MaxBytes || end > room.size) return detail::refused;
         detail::StorePointer(wire, at, value.size());
         detail::CopyBytes(room.start + at, value.data(), value.size());
@@ -113,7 +113,7 @@ struct EventText : Text<MaxBytes> {
 
     static std::uintptr_t After(const std::string& value, std::uintptr_t at)
     {
-        return at + detail::EventTextSize(value.size(), MaxBytes);
+        return value.size() > MaxBytes ? at : at + detail::EventTextSize(value.size());
     }
     template <typename Domain>
     static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
