@@ -34,8 +34,9 @@ public:
         return entries.emplace(std::forward<Arguments>(arguments)...);
     }
 
+    // The maps are compared: comparing two of this class here would ask for its table before that is known.
     friend bool operator==(const VynSubscriptions& a, const VynSubscriptions& b) { return a.entries == b.entries; }
-    friend bool operator!=(const VynSubscriptions& a, const VynSubscriptions& b) { return !(a == b); }
+    friend bool operator!=(const VynSubscriptions& a, const VynSubscriptions& b) { return a.entries != b.entries; }
 
 private:
     Map entries;
