@@ -139,7 +139,7 @@ protected:
     }
 };
 using Readers = testing::Types<readers::Vector, readers::Range, readers::Set, readers::Optional>;
-TYPED_TEST_SUITE(ListReader, Readers);
+TYPED_TEST_SUITE(ListReader, Readers, );
 
 TYPED_TEST(ListReader, ReturnsTheElementsInOrder)
 {
@@ -183,7 +183,7 @@ TYPED_TEST(ListReader, ReturnsNothingForNoBytes)
 {
     const TestArena arena(8);
 
-    for (const std::uint32_t offset : {0, 3, 5, 8}) {
+    for (const std::uint32_t offset : {0u, 3u, 5u, 8u}) {
         EXPECT_TRUE(this->ReadSmalls({offset, 0}, arena.Get()).empty()) << offset;
         EXPECT_TRUE(this->ReadStrings({offset, 0}, arena.Get()).empty()) << offset;
     }
@@ -232,11 +232,11 @@ TYPED_TEST(ListReader, RefusesPartOfAnElement)
 {
     const TestArena arena(64);
 
-    for (const std::uint32_t size : {11, 13, 16, 20})
+    for (const std::uint32_t size : {11u, 13u, 16u, 20u})
         this->Refuses(&TestFixture::ReadSmalls, {2, size}, arena.Get());
-    for (const std::uint32_t size : {20, 24})
+    for (const std::uint32_t size : {20u, 24u})
         this->Refuses(&TestFixture::ReadLarges, {7, size}, arena.Get());
-    for (const std::uint32_t size : {4, 9, 12})
+    for (const std::uint32_t size : {4u, 9u, 12u})
         this->Refuses(&TestFixture::ReadStrings, {9, size}, arena.Get());
 }
 
