@@ -117,7 +117,7 @@ void Console::ProgramText(std::string_view text)
 }
 
 // The other process may have left a transient line.
-void Console::WriteLine(std::string_view line)
+void Console::WriteLine(std::string_view line) const
 {
     if (quiet_) return;
     const std::string_view overwrite = CanOverwrite() ? eraseLine : "";

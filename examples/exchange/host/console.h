@@ -46,7 +46,7 @@ public:
     static void ProgramText(std::string_view text);
 
 private:
-    void WriteLine(std::string_view line);
+    void WriteLine(std::string_view line) const;
 
     std::string_view side_;
     bool quiet_;
