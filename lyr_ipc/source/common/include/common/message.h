@@ -51,7 +51,7 @@ template <typename Record>
 Record Decode(const WireOf<Record>& wire, const std::uint8_t* arena, std::size_t size)
 {
     detail::PlaceOfNone placeOfNone;
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): readers take the arena as const and leave its bytes alone
+    // An arena has no const bytes; readers leave them alone all the same.
     const zt_arena received = detail::ArenaOver(const_cast<std::uint8_t*>(arena), size, size, placeOfNone);
     return Conversion<Record>::Read(wire, &received);
 }
