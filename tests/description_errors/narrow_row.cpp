@@ -5,7 +5,6 @@
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Sample, Sample, 28, 4,
     VYN_FIELD  ( 0,  8, text,   Text<128>),
     VYN_FIELD  ( 8,  1, number, Number),
@@ -13,6 +12,5 @@ VYN_RECORD(Sample, Sample, 28, 4,
     VYN_FIELD  (10,  1, flag,   Flag),
     VYN_PADDING(11,  1),
     VYN_FIELD  (12, 16, login,  Nested));
-// clang-format on
 
 } // namespace vyn_connector::common

@@ -21,12 +21,10 @@ struct tq_vyn_connector_VynTypes_Sixteen {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Sixteen, Sixteen, 16, 4,
     VYN_FIELD  ( 0,  8, text,   Text<128>),
     VYN_FIELD  ( 8,  4, count,  Number),
     VYN_FIELD  (12,  2, number, Number),
     VYN_PADDING(14,  2));
-// clang-format on
 
 } // namespace vyn_connector::common

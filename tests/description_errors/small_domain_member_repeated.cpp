@@ -19,10 +19,8 @@ struct tq_vyn_connector_VynTypes_Flags {
 
 namespace vyn_connector::common {
 
-// clang-format off
 VYN_RECORD(Flags, Flags, 2, 1,
     VYN_FIELD   (0, 1, first, Flag),
     VYN_FIELD_AS(1, 1, first, second, Flag));
-// clang-format on
 
 } // namespace vyn_connector::common

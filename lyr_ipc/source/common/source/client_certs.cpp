@@ -8,10 +8,9 @@ VYN_DEFINE_CONVERSIONS(ClientCertParams)
 VYN_DEFINE_CONVERSIONS(ClientCertInfo)
 VYN_DEFINE_CONVERSIONS(std::vector<ClientCertInfo>)
 
-template void VectorToZt<10, tq_vyn_connector_VynTypes_ClientCertInfo>(const std::vector<ClientCertInfo>&, zt_ptr_t*,
-                                                                       zt_arena*, WriterOf<ClientCertInfo>);
+template void VectorToZt<10, WireOf<ClientCertInfo>>(const std::vector<ClientCertInfo>&, zt_ptr_t*, zt_arena*,
+                                                     WriterOf<ClientCertInfo>);
 template std::vector<ClientCertInfo>
-ZtToVector<tq_vyn_connector_VynTypes_ClientCertInfo, ClientCertInfo>(const zt_ptr_t*, const zt_arena*,
-                                                                     ReaderOf<ClientCertInfo>);
+ZtToVector<WireOf<ClientCertInfo>, ClientCertInfo>(const zt_ptr_t*, const zt_arena*, ReaderOf<ClientCertInfo>);
 
 } // namespace vyn_connector::common

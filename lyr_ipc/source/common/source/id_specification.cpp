@@ -1,5 +1,6 @@
 #include <common/id_specification.h>
 
+// Included so that they are constructed before this unit's own constant.
 #include <ivo/constants.h>
 
 namespace vyn_connector::common::meta {

@@ -8,7 +8,6 @@ VYN_DEFINE_CONVERSIONS(LicenseKeyInfo)
 VYN_DEFINE_CONVERSIONS(LicenseInfo)
 
 template std::optional<LicenseKeyInfo>
-ZtToOptional<tq_vyn_connector_VynTypes_LicenseKeyInfo, LicenseKeyInfo>(const zt_ptr_t*, const zt_arena*,
-                                                                       ReaderOf<LicenseKeyInfo>);
+ZtToOptional<WireOf<LicenseKeyInfo>, LicenseKeyInfo>(const zt_ptr_t*, const zt_arena*, ReaderOf<LicenseKeyInfo>);
 
 } // namespace vyn_connector::common

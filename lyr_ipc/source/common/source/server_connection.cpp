@@ -11,10 +11,8 @@ VYN_DEFINE_CONVERSIONS_WITHOUT_ARENA(VynConnectorSettings)
 VYN_DEFINE_CONVERSIONS_WITHOUT_ARENA(VynServerData)
 
 template std::optional<ProxySettings>
-ZtToOptional<tq_vyn_connector_VynTypes_ProxySettings, ProxySettings>(const zt_ptr_t*, const zt_arena*,
-                                                                     ReaderOf<ProxySettings>);
-template std::optional<SslSettings>
-ZtToOptional<tq_vyn_connector_VynTypes_SslSettings, SslSettings>(const zt_ptr_t*, const zt_arena*,
-                                                                 ReaderOf<SslSettings>);
+ZtToOptional<WireOf<ProxySettings>, ProxySettings>(const zt_ptr_t*, const zt_arena*, ReaderOf<ProxySettings>);
+template std::optional<SslSettings> ZtToOptional<WireOf<SslSettings>, SslSettings>(const zt_ptr_t*, const zt_arena*,
+                                                                                   ReaderOf<SslSettings>);
 
 } // namespace vyn_connector::common

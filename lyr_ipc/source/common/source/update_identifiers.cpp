@@ -17,11 +17,10 @@ VynUpdateIdentifiers CastFromZt(const tq_vyn_connector_VynTypes_VynUpdateIdentif
     return FromWire<VynUpdateIdentifiers>(wire, arena);
 }
 
-template void RangeToZt<10, tq_vyn_connector_VynTypes_VynUpdateIdentifier>(VynUpdateIdentifiers::const_iterator,
-                                                                           VynUpdateIdentifiers::const_iterator,
-                                                                           zt_ptr_t*, zt_arena*,
-                                                                           WriterOf<VynUpdateIdentifier>&&);
-template void ZtToRange<tq_vyn_connector_VynTypes_VynUpdateIdentifier, VynUpdateIdentifier>(
+template void RangeToZt<10, WireOf<VynUpdateIdentifier>>(VynUpdateIdentifiers::const_iterator,
+                                                         VynUpdateIdentifiers::const_iterator, zt_ptr_t*, zt_arena*,
+                                                         WriterOf<VynUpdateIdentifier>&&);
+template void ZtToRange<WireOf<VynUpdateIdentifier>, VynUpdateIdentifier>(
     const zt_ptr_t*, std::back_insert_iterator<VynUpdateIdentifiers>, const zt_arena*, ReaderOf<VynUpdateIdentifier>&&);
 
 } // namespace vyn_connector::common

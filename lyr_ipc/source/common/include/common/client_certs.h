@@ -71,11 +71,9 @@ VYN_RECORD(ClientCertInfo, ClientCertInfo, 28, 4,
 VYN_RECORD(std::vector<ClientCertInfo>, ClientCertsInfo, 8, 4,
     VYN_WHOLE(0, 8, certs, List<10>));
 
-extern template VYN_EXPORT void
-VectorToZt<10, tq_vyn_connector_VynTypes_ClientCertInfo>(const std::vector<ClientCertInfo>&, zt_ptr_t*, zt_arena*,
-                                                         WriterOf<ClientCertInfo>);
+extern template VYN_EXPORT void VectorToZt<10, WireOf<ClientCertInfo>>(const std::vector<ClientCertInfo>&, zt_ptr_t*,
+                                                                       zt_arena*, WriterOf<ClientCertInfo>);
 extern template VYN_EXPORT std::vector<ClientCertInfo>
-ZtToVector<tq_vyn_connector_VynTypes_ClientCertInfo, ClientCertInfo>(const zt_ptr_t*, const zt_arena*,
-                                                                     ReaderOf<ClientCertInfo>);
+ZtToVector<WireOf<ClientCertInfo>, ClientCertInfo>(const zt_ptr_t*, const zt_arena*, ReaderOf<ClientCertInfo>);
 
 } // namespace vyn_connector::common

@@ -39,10 +39,9 @@ VYN_RECORD(RawVynParam, VynParam, 16, 4,
 VYN_RECORD(std::vector<RawVynParam>, VynParams, 8, 4,
     VYN_WHOLE(0, 8, params, List<2147483647>));
 
-extern template VYN_EXPORT void
-VectorToZt<2147483647, tq_vyn_connector_VynTypes_VynParam>(const std::vector<RawVynParam>&, zt_ptr_t*, zt_arena*,
-                                                           WriterOf<RawVynParam>);
+extern template VYN_EXPORT void VectorToZt<2147483647, WireOf<RawVynParam>>(const std::vector<RawVynParam>&, zt_ptr_t*,
+                                                                            zt_arena*, WriterOf<RawVynParam>);
 extern template VYN_EXPORT std::vector<RawVynParam>
-ZtToVector<tq_vyn_connector_VynTypes_VynParam, RawVynParam>(const zt_ptr_t*, const zt_arena*, ReaderOf<RawVynParam>);
+ZtToVector<WireOf<RawVynParam>, RawVynParam>(const zt_ptr_t*, const zt_arena*, ReaderOf<RawVynParam>);
 
 } // namespace vyn_connector::common

@@ -63,7 +63,6 @@ VYN_RECORD(LicenseInfo, LicenseInfo, 16, 4,
     VYN_FIELD(8, 8, keyInfo2, Optional<Nested>));
 
 extern template VYN_EXPORT std::optional<LicenseKeyInfo>
-ZtToOptional<tq_vyn_connector_VynTypes_LicenseKeyInfo, LicenseKeyInfo>(const zt_ptr_t*, const zt_arena*,
-                                                                       ReaderOf<LicenseKeyInfo>);
+ZtToOptional<WireOf<LicenseKeyInfo>, LicenseKeyInfo>(const zt_ptr_t*, const zt_arena*, ReaderOf<LicenseKeyInfo>);
 
 } // namespace vyn_connector::common

@@ -76,17 +76,14 @@ VYN_RECORD(ProductHsdpInfo, ProductHsdpInfo, 12, 4,
     VYN_FIELD(0, 4, field1,   Number),
     VYN_FIELD(4, 8, statuses, List<5>));
 
-extern template VYN_EXPORT void
-VectorToZt<32, tq_vyn_connector_VynTypes_ProductUpdCfg>(const std::vector<ProductUpdCfg>&, zt_ptr_t*, zt_arena*,
-                                                        WriterOf<ProductUpdCfg>);
+extern template VYN_EXPORT void VectorToZt<32, WireOf<ProductUpdCfg>>(const std::vector<ProductUpdCfg>&, zt_ptr_t*,
+                                                                      zt_arena*, WriterOf<ProductUpdCfg>);
 extern template VYN_EXPORT std::vector<ProductUpdCfg>
-ZtToVector<tq_vyn_connector_VynTypes_ProductUpdCfg, ProductUpdCfg>(const zt_ptr_t*, const zt_arena*,
-                                                                   ReaderOf<ProductUpdCfg>);
-extern template VYN_EXPORT void
-VectorToZt<5, tq_vyn_connector_VynTypes_ProductHsdpStatus>(const std::vector<ProductHsdpStatus>&, zt_ptr_t*, zt_arena*,
-                                                           WriterOf<ProductHsdpStatus>);
+ZtToVector<WireOf<ProductUpdCfg>, ProductUpdCfg>(const zt_ptr_t*, const zt_arena*, ReaderOf<ProductUpdCfg>);
+extern template VYN_EXPORT void VectorToZt<5, WireOf<ProductHsdpStatus>>(const std::vector<ProductHsdpStatus>&,
+                                                                         zt_ptr_t*, zt_arena*,
+                                                                         WriterOf<ProductHsdpStatus>);
 extern template VYN_EXPORT std::vector<ProductHsdpStatus>
-ZtToVector<tq_vyn_connector_VynTypes_ProductHsdpStatus, ProductHsdpStatus>(const zt_ptr_t*, const zt_arena*,
-                                                                           ReaderOf<ProductHsdpStatus>);
+ZtToVector<WireOf<ProductHsdpStatus>, ProductHsdpStatus>(const zt_ptr_t*, const zt_arena*, ReaderOf<ProductHsdpStatus>);
 
 } // namespace vyn_connector::common

@@ -123,10 +123,8 @@ static_assert(sizeof(VynConnectorSettings) == 48);
 static_assert(sizeof(VynServerData) == 8);
 
 extern template VYN_EXPORT std::optional<ProxySettings>
-ZtToOptional<tq_vyn_connector_VynTypes_ProxySettings, ProxySettings>(const zt_ptr_t*, const zt_arena*,
-                                                                     ReaderOf<ProxySettings>);
+ZtToOptional<WireOf<ProxySettings>, ProxySettings>(const zt_ptr_t*, const zt_arena*, ReaderOf<ProxySettings>);
 extern template VYN_EXPORT std::optional<SslSettings>
-ZtToOptional<tq_vyn_connector_VynTypes_SslSettings, SslSettings>(const zt_ptr_t*, const zt_arena*,
-                                                                 ReaderOf<SslSettings>);
+ZtToOptional<WireOf<SslSettings>, SslSettings>(const zt_ptr_t*, const zt_arena*, ReaderOf<SslSettings>);
 
 } // namespace vyn_connector::common

@@ -6,7 +6,11 @@
 #include <common/kind/range.h>
 #include <common/record.h>
 
+#include <array>
+#include <cstddef>
 #include <iterator>
+#include <utility>
+#include <vector>
 
 namespace vyn_connector {
 
@@ -66,11 +70,11 @@ struct Conversion<VynUpdateIdentifiers> {
     }
 };
 
-extern template VYN_EXPORT void
-RangeToZt<10, tq_vyn_connector_VynTypes_VynUpdateIdentifier>(VynUpdateIdentifiers::const_iterator,
-                                                             VynUpdateIdentifiers::const_iterator, zt_ptr_t*, zt_arena*,
-                                                             WriterOf<VynUpdateIdentifier>&&);
-extern template VYN_EXPORT void ZtToRange<tq_vyn_connector_VynTypes_VynUpdateIdentifier, VynUpdateIdentifier>(
+extern template VYN_EXPORT void RangeToZt<10, WireOf<VynUpdateIdentifier>>(VynUpdateIdentifiers::const_iterator,
+                                                                           VynUpdateIdentifiers::const_iterator,
+                                                                           zt_ptr_t*, zt_arena*,
+                                                                           WriterOf<VynUpdateIdentifier>&&);
+extern template VYN_EXPORT void ZtToRange<WireOf<VynUpdateIdentifier>, VynUpdateIdentifier>(
     const zt_ptr_t*, std::back_insert_iterator<VynUpdateIdentifiers>, const zt_arena*, ReaderOf<VynUpdateIdentifier>&&);
 
 } // namespace vyn_connector::common

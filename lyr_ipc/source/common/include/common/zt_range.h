@@ -5,8 +5,6 @@
 
 #include <common/detail/codec.h>
 
-#include <vector>
-
 namespace vyn_connector::common {
 
 // Writes the values of [first, last), at most MaxCount, each as `convert(const value&, zt_arena*)` returns it. Throws
