@@ -21,7 +21,7 @@ class Conversation(Case):
     def test_two_programs_count_the_same_messages(self):
         path = self.path("socket")
         server = self.start("serve", path, "--json")
-        self.wait_for(lambda: os.path.exists(path), "the server does not listen")
+        self.wait_until_listening(path)
         outputs = self.run_well("connect", path, "--json"), self.finish(server).stdout
         one, other = map(json.loads, outputs)
         self.assertEqual((one["side"], other["side"]), ("connector", "server"))

@@ -181,6 +181,14 @@ class Case(unittest.TestCase):
         out, err = process.communicate(timeout=120)
         return subprocess.CompletedProcess(process.args, process.returncode, out, err)
 
+    def wait_until_listening(self, path):
+        """The path is there from bind on; only the kernel's list says that the server listens."""
+        def is_listening():
+            with open("/proc/net/unix", encoding="utf-8") as sockets:
+                rows = [row.split() for row in sockets]
+            return any(row[-1] == path and row[3] == "00010000" for row in rows)
+        self.wait_for(is_listening, "the server does not listen")
+
     def wait_for(self, condition, what):
         deadline = time.monotonic() + 60
         while not condition():

@@ -1,7 +1,6 @@
 """What the exchange prints: speeds, labels, limits, and nothing that steers a terminal or tells a password."""
 
 import json
-import os
 import unittest
 
 from exchange import Case, SECRET
@@ -37,7 +36,7 @@ class Table(Case):
     def test_two_programs_print_one_each(self):
         path = self.path("socket")
         server = self.start("serve", path, "--record", "states")
-        self.wait_for(lambda: os.path.exists(path), "the server does not listen")
+        self.wait_until_listening(path)
         for out in self.run_well("connect", path, "--record", "states"), self.finish(server).stdout:
             self.assertEqual(out.count("VynConnectorState "), 1)
 

@@ -32,7 +32,7 @@ class CommandLine(Case):
 
     def test_a_socket_that_a_dead_server_left_behind_is_taken_over(self):
         server = self.start("serve", self.path("socket"))
-        self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+        self.wait_until_listening(self.path("socket"))
         server.kill()
         server.wait()
         self.assertTrue(os.path.exists(self.path("socket")))
@@ -75,7 +75,7 @@ class SocketPath(Case):
     def test_a_live_server_is_left_alone_and_not_disturbed(self):
         path = self.path("socket")
         server = self.start("serve", path, "--record", "states")
-        self.wait_for(lambda: os.path.exists(path), "the server does not listen")
+        self.wait_until_listening(path)
         self.assert_refused(self.run_exchange("serve", path), f"exchange: server: {path}: Address already in use")
         connector = self.run_exchange("connect", path, "--record", "states")
         self.assertEqual((connector.returncode, connector.stderr), (0, ""))
@@ -105,7 +105,7 @@ class SocketPath(Case):
     def test_another_socket_in_its_place_is_not_removed(self):
         path = self.path("socket")
         server = self.start("serve", path, "--record", "states")
-        self.wait_for(lambda: os.path.exists(path), "the server does not listen")
+        self.wait_until_listening(path)
         os.rename(path, self.path("elsewhere"))
         self.write("socket", "precious")
         self.run_well("connect", self.path("elsewhere"), "--record", "states")
@@ -218,7 +218,7 @@ class Interrupts(Case):
     def test_a_server_that_waits_removes_its_socket(self):
         for number in signal.SIGINT, signal.SIGTERM, signal.SIGHUP:
             server = self.start("serve", self.path("socket"))
-            self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+            self.wait_until_listening(self.path("socket"))
             server.send_signal(number)
             self.assert_refused(self.finish(server), "exchange: server: interrupted", 128 + number)
             self.assertFalse(os.path.exists(self.path("socket")))
@@ -230,7 +230,7 @@ class Interrupts(Case):
 
     def test_a_signal_that_the_caller_ignores_is_ignored(self):
         server = self.start("serve", self.path("socket"), preexec=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
-        self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+        self.wait_until_listening(self.path("socket"))
         server.send_signal(signal.SIGHUP)
         server.send_signal(signal.SIGTERM)
         self.assert_refused(self.finish(server), "exchange: server: interrupted", 143)
@@ -267,7 +267,7 @@ class Processes(Case):
     def test_two_processes_started_by_hand_talk_as_well(self):
         path = self.path("socket")
         server = self.start("serve", path, "--file", PROGRAM)
-        self.wait_for(lambda: os.path.exists(path), "the server does not listen")
+        self.wait_until_listening(path)
         self.assertEqual(os.stat(path).st_mode & 0o077, 0)
         connector = self.run_exchange("connect", path, "--file", PROGRAM)
         server = self.finish(server)

@@ -37,7 +37,7 @@ class FileTransfer(Case):
         content = os.urandom(MIB) * 256
         path = self.write("large", content)
         server = self.start("serve", self.path("socket"), "--record", "file", "--file", path)
-        self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+        self.wait_until_listening(self.path("socket"))
         connector = self.start("connect", self.path("socket"), "--record", "file", "--file", path)
         part = self.received("large.part")
         self.wait_for(lambda: os.path.exists(part) and os.stat(part).st_size > 8 * MIB, "nothing arrives")
@@ -62,7 +62,7 @@ class FileTransfer(Case):
     def test_a_killed_server_leaves_no_file_under_the_final_name(self):
         path = self.large_file()
         server = self.start("serve", self.path("socket"), "--record", "file", "--file", path)
-        self.wait_for(lambda: os.path.exists(self.path("socket")), "the server does not listen")
+        self.wait_until_listening(self.path("socket"))
         connector = self.start("connect", self.path("socket"), "--record", "file", "--file", path)
         part = self.received("large.part")
         self.wait_for(lambda: os.path.exists(part) and os.stat(part).st_size > MIB, "nothing arrives")
