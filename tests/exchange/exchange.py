@@ -181,6 +181,21 @@ class Case(unittest.TestCase):
         out, err = process.communicate(timeout=120)
         return subprocess.CompletedProcess(process.args, process.returncode, out, err)
 
+    @staticmethod
+    def shown_on(master):
+        """All that the programs on a pseudo-terminal write until the last of them has closed it."""
+        shown = b""
+        while True:
+            try:
+                more = os.read(master, 65536)
+            except OSError:
+                break
+            if not more:
+                break
+            shown += more
+        os.close(master)
+        return shown
+
     def wait_until_listening(self, path):
         """The path is there from bind on; only the kernel's list says that the server listens."""
         def is_listening():

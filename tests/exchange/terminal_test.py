@@ -25,16 +25,7 @@ class Terminal(Case):
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
         os.close(slave)
-        shown = b""
-        while True:
-            try:
-                more = os.read(master, 65536)
-            except OSError:
-                break
-            if not more:
-                break
-            shown += more
-        os.close(master)
+        shown = self.shown_on(master)
         self.assertEqual(process.wait(timeout=60), status)
         return shown.decode()
 

@@ -279,16 +279,7 @@ class FileTransfer(Case):
         terminal = subprocess.Popen(self.defaults(["--record", "file", "--file", path]), stdout=slave,
                                     env=self.environment, cwd=self.directory)
         os.close(slave)
-        shown = b""
-        while True:
-            try:
-                more = os.read(master, 65536)
-            except OSError:
-                break
-            if not more:
-                break
-            shown += more
-        os.close(master)
+        shown = self.shown_on(master)
         self.assertEqual(terminal.wait(timeout=60), 0)
         self.assertRegex(shown.decode(), r"\r\x1b\[Kserver +\| \[#*\.+\] file: [0-9.]+ of 256\.0 MiB, [0-9.]+ MiB/s, "
                                          r"[0-9]+:[0-9]{2} left")
