@@ -80,13 +80,15 @@
     (::vyn_connector::common::detail::Field<::vyn_connector::common::detail::Member<&Domain::DOMAIN_MEMBER>,           \
                                             offsetof(Domain, DOMAIN_MEMBER),                                           \
                                             ::vyn_connector::common::detail::Member<&Wire::WIRE_MEMBER>,               \
-                                            offsetof(Wire, WIRE_MEMBER), OFFSET, WIDTH, __VA_ARGS__>{#WIRE_MEMBER})
+                                            offsetof(Wire, WIRE_MEMBER), OFFSET, WIDTH, __VA_ARGS__>{#WIRE_MEMBER,     \
+                                                                                                     #__VA_ARGS__})
 
 // The one field of a list that has no record around it.
 #define VYN_WHOLE(OFFSET, WIDTH, WIRE_MEMBER, ...)                                                                     \
     (::vyn_connector::common::detail::Field<::vyn_connector::common::detail::Itself<Domain>, 0,                        \
                                             ::vyn_connector::common::detail::Member<&Wire::WIRE_MEMBER>,               \
-                                            offsetof(Wire, WIRE_MEMBER), OFFSET, WIDTH, __VA_ARGS__>{#WIRE_MEMBER})
+                                            offsetof(Wire, WIRE_MEMBER), OFFSET, WIDTH, __VA_ARGS__>{#WIRE_MEMBER,     \
+                                                                                                     #__VA_ARGS__})
 
 #define VYN_PADDING(OFFSET, WIDTH) (::vyn_connector::common::detail::Padding<OFFSET, WIDTH>{})
 

@@ -60,6 +60,7 @@ struct Field {
     static_assert(Kind::template Joins<typename InDomain::Type, typename OnWire::Type>());
 
     const char* name;
+    const char* kind; // as the table has it: "Text<128>"
 };
 
 // Bytes of the wire structure that belong to no field: written as zero, not read.
