@@ -2,6 +2,7 @@
 #pragma once
 
 #include <common/detail/put.h>
+#include <common/examine.h>
 #include <wem/types/timestamp.h>
 
 #include <array>
@@ -39,6 +40,16 @@ struct StoredInPlace : InPlace {
     static Domain Read(const std::uint8_t* wire, detail::Bounds)
     {
         return Self::template LoadAs<Domain, Wire>(wire);
+    }
+    template <typename Domain, typename Wire, typename Access>
+    static Domain View(const std::uint8_t* wire, const Access&)
+    {
+        return Self::template LoadAs<Domain, Wire>(wire);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    static bool Examine(const std::uint8_t*, Visitor&)
+    {
+        return true;
     }
 };
 
@@ -90,6 +101,11 @@ struct Flag : StoredInPlace<Flag> {
     static Domain LoadAs(const std::uint8_t* wire)
     {
         return *wire != 0;
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return visit.Expect(*wire <= 1, FaultKind::Flag);
     }
 };
 
