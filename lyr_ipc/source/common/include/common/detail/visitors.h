@@ -33,7 +33,7 @@ struct Soundness : Tolerant {
     {
         return true;
     }
-    static constexpr void Allocate(std::uint64_t) {}
+    static constexpr bool Allocate(std::uint64_t) { return true; }
 
     [[gnu::always_inline]] bool Bytes(const PointerClaim& claim) const
     {
@@ -90,7 +90,11 @@ struct Weight : Tolerant {
     {
         return true;
     }
-    void Allocate(std::uint64_t bytes) { sum += bytes; }
+    bool Allocate(std::uint64_t bytes)
+    {
+        sum += bytes;
+        return true;
+    }
 
     [[gnu::always_inline]] bool Bytes(const PointerClaim& claim)
     {
@@ -168,7 +172,7 @@ struct FaultFinder : Tolerant, OnPath {
     {
         return Named(*this, row, wire);
     }
-    void Allocate(std::uint64_t bytes) { sum += bytes; }
+    bool Allocate(std::uint64_t bytes) { return Take(bytes, {}); }
 
     bool Bytes(const PointerClaim& claim)
     {
@@ -255,7 +259,7 @@ struct Departure : OnPath {
         path.Pop();
         return isZero;
     }
-    static constexpr void Allocate(std::uint64_t) {}
+    static constexpr bool Allocate(std::uint64_t) { return true; }
 
     bool Bytes(const PointerClaim& claim) { return Place(claim) != 0; }
     template <typename Element>

@@ -88,7 +88,7 @@ struct Entries {
     [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
     {
         using Record = RecordIn<Domain>;
-        visit.Allocate(detail::AllocatedByHashed<typename Domain::value_type>(MaxCount));
+        if (!visit.Allocate(detail::AllocatedByHashed<typename Domain::value_type>(MaxCount))) return false;
         return visit.template Each<sizeof(WireOf<Record>)>(
             wire, MaxCount, [&](const std::uint8_t* entry) __attribute__((always_inline)) {
                 if constexpr (Visitor::isStrict) {
