@@ -57,6 +57,11 @@ struct Blob {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         return visit.Bytes({&detail::codec::blob, pointer, 1, 1, 0, limit, pointer.size});
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Blob(value.data(), value.size());
+    }
 
     static std::uintptr_t After(const std::vector<std::uint8_t>& value, std::uintptr_t at) { return at + value.size(); }
     template <typename Domain>

@@ -99,6 +99,11 @@ struct Entries {
                 return ExamineRecord<Record>(entry, visit);
             });
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Entries(value);
+    }
 
     template <typename Domain>
     static std::uintptr_t After(const Domain& entries, std::uintptr_t at)

@@ -176,6 +176,11 @@ struct EventTexts {
                 return Element::template Examine<std::string, zt_ptr_t>(text, visit);
             });
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Texts(value, false);
+    }
 
     template <typename Domain>
     static std::string FaultOnWriting(const Domain& values)

@@ -77,6 +77,11 @@ struct Number : StoredInPlace<Number> {
     {
         return detail::Load<Wire>(wire);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Number(value);
+    }
 };
 
 // A bool, as the byte that it is: the writer does not make 0 or 1 of it. On reading, any byte but zero is true.
@@ -107,6 +112,11 @@ struct Flag : StoredInPlace<Flag> {
     {
         return visit.Expect(*wire <= 1, FaultKind::Flag);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Flag(value);
+    }
 };
 
 // An enumeration, as its integer. No value is refused.
@@ -131,6 +141,11 @@ struct Enumeration : StoredInPlace<Enumeration> {
     static Domain LoadAs(const std::uint8_t* wire)
     {
         return static_cast<Domain>(detail::Load<Wire>(wire));
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Number(static_cast<std::underlying_type_t<Value>>(value));
     }
 };
 
@@ -158,6 +173,11 @@ struct Bytes : StoredInPlace<Bytes> {
     {
         return detail::Load<Domain>(wire);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Digits(value);
+    }
 };
 
 // A time stamp, as its signed 64-bit count without change of unit.
@@ -182,6 +202,11 @@ struct Time : StoredInPlace<Time> {
     static Domain LoadAs(const std::uint8_t* wire)
     {
         return Domain{detail::Load<Wire>(wire)};
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Time(value);
     }
 };
 

@@ -153,6 +153,11 @@ struct List {
             detail::ClaimOf<WireOf<Record>>(detail::codec::vector, pointer, 0, MaxCount, count * sizeof(Record)),
             detail::ExamineElement<Record>(visit));
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.List(value);
+    }
 
     template <typename Record>
     static std::uintptr_t After(const std::vector<Record>& values, std::uintptr_t at)

@@ -54,6 +54,11 @@ struct Nested {
     {
         return ExamineRecord<Domain>(wire, visit);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Record(value);
+    }
 
     template <typename Domain>
     static std::uintptr_t After(const Domain& value, std::uintptr_t at)

@@ -87,6 +87,14 @@ struct Optional {
             [&visit](const std::uint8_t* slot)
                 __attribute__((always_inline)) { return Kind::template Examine<Value, Slot>(slot, visit); });
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        if (value.has_value())
+            Kind::Show(*value, out);
+        else
+            out.Absent();
+    }
 
     template <typename Value>
     static std::uintptr_t After(const std::optional<Value>& value, std::uintptr_t at)

@@ -80,6 +80,11 @@ struct Set {
                 return true;
             });
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Texts(value, true);
+    }
 
     static std::uintptr_t After(const Values& values, std::uintptr_t at)
     {

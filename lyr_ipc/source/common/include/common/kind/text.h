@@ -57,6 +57,11 @@ struct Text {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         return visit.Bytes({&detail::codec::string, pointer, 1, 1, 0, MaxBytes, detail::AllocatedByText(pointer.size)});
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Text(value);
+    }
 
     static constexpr std::uintptr_t After(const std::string& value, std::uintptr_t at) { return at + value.size(); }
     template <typename Domain>
