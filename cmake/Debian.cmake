@@ -89,6 +89,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${debianDir}/symbols ${PROJECT_SO
 
 set(debianFiles ${debianDir}/changelog.Debian.gz ${debianDir}/symbols)
 if(TARGET vyn-inspect)
+    string(APPEND CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+           " With vyn-inspect, which\nshows such messages field by field.")
     add_custom_command(
         OUTPUT ${debianDir}/vyn-inspect.1.gz
         COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/tools/inspect/vyn-inspect.1 >${debianDir}/vyn-inspect.1.gz
