@@ -7,6 +7,9 @@ major=${version%%.*}
 rest=${version#*.}
 minor=${rest%%.*}
 
+# The headers and the package are of one version.
+find "$prefix" -path '*/common/version.h' -exec cat {} + | grep -Fx "#define VYN_CONNECTOR_COMMON_VERSION \"$version\""
+
 rm -rf "$workDir"
 ask() {
     "$cmake" -S "$sourceDir" -B "$workDir" -Uvyn_connector_common_DIR -DCMAKE_PREFIX_PATH="$prefix" -DVERSION="$1" 2>&1
