@@ -98,6 +98,13 @@ void* memset(void* to, int value, std::size_t size)
     return to;
 }
 
+// What a hardened library calls where it knows the room at `to`.
+void* __memset_chk(void* to, int value, std::size_t size, std::size_t room)
+{
+    if (size > room) std::abort();
+    return memset(to, value, size);
+}
+
 int memcmp(const void* left, const void* right, std::size_t size)
 {
     const auto* a = static_cast<const unsigned char*>(left);

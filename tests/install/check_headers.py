@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Compiles every installed public header by itself, as a caller's compiler would see it, all warnings being
 errors: check_headers.py INCLUDE_DIR COMPILER [FLAG...]"""
+import concurrent.futures
 import os
 import pathlib
 import subprocess
@@ -16,12 +17,13 @@ def main():
     if not headers:
         sys.exit(f"{include_dir} holds no headers")
 
-    failed = []
-    for header in headers:
+    def compiles(header):
         # Twice, because a header without its guard shows only then.
         program = f"#include <{header}>\n#include <{header}>\n"
-        if subprocess.run(command, input=program, text=True, env={**os.environ, "LC_ALL": "C"}).returncode != 0:
-            failed.append(header)
+        return subprocess.run(command, input=program, text=True, env={**os.environ, "LC_ALL": "C"}).returncode == 0
+
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        failed = [header for header, good in zip(headers, pool.map(compiles, headers)) if not good]
     for header in failed:
         print(f"does not compile by itself: {header}")
     return 1 if failed else 0

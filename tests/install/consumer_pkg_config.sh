@@ -18,7 +18,7 @@ for standard in 17 20; do
     ldd "$buildDir/consumer_cxx$standard" | grep -F "$prefix/"
 done
 
-# The name that programs record to find the library again carries major and minor number.
-soname=libvyn_connector_common.so.${version%.*}
+# The name that programs record to find the library again carries the major number.
+soname=libvyn_connector_common.so.${version%%.*}
 readelf -d "$buildDir/consumer_cxx17" | grep -F "(NEEDED)" | grep -F "[$soname]"
 test -f "$prefix/$libDir/libvyn_connector_common.so.$version"

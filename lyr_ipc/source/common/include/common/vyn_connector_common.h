@@ -26,6 +26,7 @@
 #include <common/subscriptions.h>
 #include <common/timestamp.h>
 #include <common/update_identifiers.h>
+#include <common/version.h>
 #include <common/zt_arena.h>
 #include <common/zt_blob.h>
 #include <common/zt_optional.h>

@@ -123,13 +123,14 @@ inline void PlaceBytes(zt_ptr_t* out, zt_arena* arena, const void* data, std::si
     if (size != 0) std::memcpy(bytes, data, size);
 }
 
-// Wire bytes may stand at any address: they are read and written whole, padding included.
+// Wire bytes may stand at any address: they are read and written whole, padding included. By the builtin: where
+// _FORTIFY_SOURCE is on, memcpy is a function that wraps it, and one more to inline.
 template <typename Wire>
 Wire Load(const void* bytes) noexcept
 {
     static_assert(std::is_trivially_copyable_v<Wire>);
     Wire value;
-    std::memcpy(&value, bytes, sizeof(value));
+    __builtin_memcpy(&value, bytes, sizeof(value));
     return value;
 }
 
@@ -137,7 +138,7 @@ template <typename Wire>
 void Store(void* bytes, const Wire& value) noexcept
 {
     static_assert(std::is_trivially_copyable_v<Wire>);
-    std::memcpy(bytes, &value, sizeof(value));
+    __builtin_memcpy(bytes, &value, sizeof(value));
 }
 
 } // namespace vyn_connector::common::detail
