@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Looks at the built site in a browser that has no network: check_browser.py SITE [PICTURES]. No page is wider than a
-phone or loads with an error, and the search finds what it is asked for. With a folder PICTURES every page is photographed
-into it, as phone and desktop show it, light and dark."""
+phone or loads with an error, and the search finds what it is asked for, from a server and from files. With a folder
+PICTURES every page is photographed into it, as phone and desktop show it, light and dark."""
 
 import functools
 import http.server
@@ -74,7 +74,7 @@ def check_search(driver, address):
         try:
             WebDriverWait(driver, 20).until(found)
         except TimeoutException:
-            problems.append(f"the search for {words} does not find {page}")
+            problems.append(f"{address}: the search for {words} does not find {page}")
     return problems
 
 
@@ -97,7 +97,9 @@ def main():
     address = f"http://127.0.0.1:{server.server_port}"
     driver = browser()
     try:
-        problems = check_pages(driver, address, pages, pictures) + check_search(driver, address)
+        problems = check_pages(driver, address, pages, pictures)
+        for place in (address, site.as_uri()):
+            problems += check_search(driver, place)
     finally:
         driver.quit()
     for problem in problems:

@@ -63,7 +63,7 @@ def main():
 
     for source, page in pages.items():
         (target / "pages" / page).write_text(staged(root, source, pages | pictures), encoding="utf-8")
-    for source in [*pictures, "docs/site/site.css", "docs/site/site.js"]:
+    for source in [*pictures, "docs/site/site.css", "docs/site/site.js", "docs/site/offline.js"]:
         shutil.copy(root / source, target / "pages")
 
     settings = (root / "docs/site/mkdocs.yml").read_text(encoding="utf-8")
