@@ -32,7 +32,13 @@ def main():
 
     scopes = []  # of the open braces: whether declarations stand in them
     opening = ""  # what the next brace opens
+    continues = False  # the directive of the line before
     for line in lines:
+        is_directive = line.startswith("#") or continues
+        continues = is_directive and line.endswith("\\")
+        if is_directive:
+            print(line)
+            continue
         comment = COMMENT.fullmatch(line)
         if comment and all(scopes):
             print(f"{comment[1]}/// {doxygen(comment[2])}".rstrip())
@@ -41,7 +47,7 @@ def main():
         if mark and all(scopes) and code.rstrip().endswith((";", ",", "{}")):
             line = f"{code} ///< {doxygen(behind)}"
         print(line)
-        if code.lstrip().startswith(("#", "//")):
+        if code.lstrip().startswith("//"):
             continue
         for character in code + " ":
             if character == "{":
@@ -49,6 +55,8 @@ def main():
             elif character == "}":
                 scopes.pop()
             opening = "" if character in "{};" else opening + character
+    if scopes:
+        sys.exit(f"{sys.argv[1]}: the braces do not match")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# Debian's Python and no other, for it has Selenium.
 """Looks at the built site in a browser that has no network: check_browser.py SITE [PICTURES]. No page is wider than a
 phone or loads with an error, and the search finds what it is asked for, from a server and from files. With a folder
 PICTURES every page is photographed into it, as phone and desktop show it, light and dark."""
