@@ -28,9 +28,9 @@ std::string Grouped(std::uint64_t number)
 }
 
 // What a kind's writer accepts. A kind that derives from another is taken as that one.
-std::string Limit(const void*)
+const char* Limit(const void*)
 {
-    return {};
+    return "";
 }
 template <std::size_t N>
 std::string Limit(const kind::Text<N>*)
@@ -62,10 +62,15 @@ std::string Limit(const kind::EventTexts<Count, N>*)
     return Grouped(N) + " bytes each";
 }
 template <typename Kind>
-std::string Limit(const kind::Optional<Kind>*)
+auto Limit(const kind::Optional<Kind>*)
 {
     return Limit(static_cast<const Kind*>(nullptr));
 }
+
+template <typename Kind, typename = void>
+constexpr bool hasLimit = false;
+template <typename Kind>
+constexpr bool hasLimit<Kind, std::void_t<decltype(Kind::limit)>> = true;
 
 // Stands for a type where an overload only has to know it.
 template <typename T>
@@ -130,6 +135,8 @@ void PrintRow(const Row& row)
 {
     if constexpr (isField<Row>) {
         constexpr const typename Row::Kind* kind = nullptr;
+        static_assert(!hasLimit<typename Row::Kind> || std::is_same_v<decltype(Limit(kind)), std::string>,
+                      "a kind with a limit of its own needs words for it here");
         using Record = decltype(Inside(kind, Type<typename Row::InDomain::Type>{}));
         fmt::print("| {} | {} | `{}` | `{}`{} | {} |\n", row.offset, row.width, row.name, row.kind, LinkTo(Record{}),
                    Limit(kind));
