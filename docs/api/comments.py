@@ -8,6 +8,7 @@ import sys
 
 COMMENT = re.compile(r"( *)// ?(.*)")
 DECLARES = re.compile(r'\b(namespace|struct|class|union|enum|extern "C")\b')
+LITERAL = re.compile(r"""\"(?:\\.|[^\"\\])*\"|'(?:\\.|[^'\\])*'""")
 CODE = re.compile(r"(`[^`]*`)")
 
 
@@ -49,7 +50,7 @@ def main():
         print(line)
         if code.lstrip().startswith("//"):
             continue
-        for character in code + " ":
+        for character in LITERAL.sub("", code) + " ":
             if character == "{":
                 scopes.append(is_declarative(opening))
             elif character == "}":
