@@ -1,5 +1,6 @@
 #include "library.h"
 
+#include "check_looks.h"
 #include "library_values.h"
 
 #include <cstring>
@@ -50,8 +51,12 @@ model::Outcome ReadValue(const std::string& bytes, const zt_arena* arena)
     common::WireOf<Record> wire;
     std::memcpy(&wire, bytes.data(), sizeof(wire));
     model::Outcome outcome;
-    outcome.failure =
-        FailureOf([&] { outcome.value = FromRecord(Read<Record>(wire, arena, outcome.status), Order::Sorted); });
+    std::optional<Record> record;
+    outcome.failure = FailureOf([&] { record = Read<Record>(wire, arena, outcome.status); });
+    CheckLooks<Record>(wire, arena, outcome.failure, outcome.status, record ? &*record : nullptr);
+    if (!record) return outcome;
+    if (arena != nullptr && outcome.status) CheckCanonical<Record>(wire, *arena, *record);
+    outcome.value = FromRecord(*record, Order::Sorted);
     return outcome;
 }
 
@@ -75,9 +80,17 @@ std::size_t ArenaSizeOf(const model::Value& value, std::uintptr_t top)
 }
 
 template <typename Record>
+bool IsCanonical(const std::string& bytes, const zt_arena* arena)
+{
+    common::WireOf<Record> wire;
+    std::memcpy(&wire, bytes.data(), sizeof(wire));
+    return !common::VerifyCanonical<Record>(wire, arena).has_value();
+}
+
+template <typename Record>
 Conversions Of(const model::Layout& layout)
 {
-    return {&layout, &ReadValue<Record>, &WriteValue<Record>, &ArenaSizeOf<Record>};
+    return {&layout, &ReadValue<Record>, &WriteValue<Record>, &ArenaSizeOf<Record>, &IsCanonical<Record>};
 }
 
 } // namespace

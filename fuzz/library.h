@@ -24,6 +24,8 @@ struct Conversions {
 
     std::size_t (*arenaSize)(const model::Value& value, std::uintptr_t top);
 
+    bool (*isCanonical)(const std::string& wire, const zt_arena* arena);
+
     friend void PrintTo(const Conversions& conversions, std::ostream* out) { *out << conversions.layout->name; }
 };
 

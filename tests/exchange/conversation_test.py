@@ -137,7 +137,8 @@ class Subscriptions(Case):
         fields = self.labelled_fields(out, "VynSubscriptionsWithHash")
         self.assertEqual(fields[0], (2, "hash", "", str(number)))
         self.assertEqual(sorted(fields[3:]), [
-            (6, "severity", "0", "(none)"), (6, "severity", "1", "Updated"), (6, "severity", "3", "Alarm, Threat")])
+            (6, "severity", "0", "(none)"), (6, "severity", "0", "(none)"),  # the two entries that are not in use
+            (6, "severity", "1", "Updated"), (6, "severity", "3", "Alarm, Threat")])
 
     def test_more_than_ten_identifiers_go_in_batches_of_ten(self):
         devices = [f"{i:08x}-0000-4000-8000-000000000000" for i in range(25)]

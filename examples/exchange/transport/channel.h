@@ -4,7 +4,6 @@
 #pragma once
 
 #include "transport/capture.h"
-#include "transport/claims.h"
 #include "transport/codec.h"
 #include "transport/limits.h"
 #include "transport/statistics.h"
@@ -24,12 +23,18 @@ struct Message {
     std::vector<std::uint8_t> arena;
 };
 
-// A record that came from the peer, and what it took.
+// A record that came from the peer, and the message that it came in.
 template <typename Record>
 struct Received {
     Record record;
-    std::size_t wireBytes;
-    std::size_t arenaBytes;
+    typename Codec<Record>::Wire wire;
+    std::vector<std::uint8_t> arena;
+
+    vyn_connector::common::RecordView<Record> View() const
+    {
+        const zt_arena received = vyn_connector::common::ArenaOf(arena.data(), arena.size());
+        return {wire, &received};
+    }
 };
 
 class Channel {
@@ -60,7 +65,11 @@ public:
         using Wire = typename Codec<Record>::Wire;
         std::optional<Message> message = ReceiveMessage({Codec<Record>::name, sizeof(Wire), Codec<Record>::maxSize});
         if (!message) return std::nullopt;
-        return Received<Record>{Decode<Record>(*message), message->wire.size(), message->arena.size()};
+        Received<Record> received;
+        std::memcpy(&received.wire, message->wire.data(), sizeof(received.wire));
+        received.record = Decode<Record>(received.wire, message->arena);
+        received.arena = std::move(message->arena);
+        return received;
     }
 
     // The end of a series of records, or of a step.
@@ -93,14 +102,11 @@ private:
     }
 
     template <typename Record>
-    Record Decode(const Message& message)
+    Record Decode(const typename Codec<Record>::Wire& wire, const std::vector<std::uint8_t>& arena)
     try {
-        typename Codec<Record>::Wire wire;
-        std::memcpy(&wire, message.wire.data(), sizeof(wire));
-        if constexpr (vyn_connector::common::isDescribed<Record>)
-            CheckClaims<Record>(message.wire.data(), message.arena);
-        Record record = Codec<Record>::Decode(wire, message.arena);
-        statistics_.Add(record, message.wire.size(), message.arena.size());
+        Codec<Record>::Check(wire, arena);
+        Record record = Codec<Record>::Decode(wire, arena);
+        statistics_.Add(record, sizeof(wire), arena.size());
         return record;
     } catch (...) {
         RaiseAbout(Codec<Record>::name);

@@ -2,6 +2,8 @@
 // state is a bare number on the wire.
 #pragma once
 
+#include <common/record_view.h>
+#include <common/verify.h>
 #include <common/vyn_connector_common.h>
 
 #include <fmt/format.h>
@@ -19,6 +21,22 @@ struct Codec {
     static constexpr std::size_t maxSize = vyn_connector::common::MaxArenaSize<Record>();
 
     static auto Encode(const Record& record) { return vyn_connector::common::Encode(record); }
+
+    // Throws std::runtime_error, naming the field, for what Decode would refuse, and for a message that makes its reader
+    // allocate far more than it has itself: all the elements of a list may point to the same long string. Honest messages
+    // take a few times their bytes; the reader of update identifiers reserves sixteen times that.
+    static void Check(const Wire& wire, const std::vector<std::uint8_t>& arena)
+    {
+        constexpr std::uint64_t mostTimes = 16;
+        const zt_arena received = vyn_connector::common::ArenaOf(arena.data(), arena.size());
+        const auto fault =
+            vyn_connector::common::Verify<Record>(wire, &received, mostTimes * (sizeof(wire) + arena.size()));
+        if (!fault) return;
+        // The words of most readers do not name the field.
+        const std::string path = fault->Path();
+        const std::string text = fault->Text();
+        throw std::runtime_error(text.find(path) != std::string::npos ? text : fmt::format("{}: {}", path, text));
+    }
     static Record Decode(const Wire& wire, const std::vector<std::uint8_t>& arena)
     {
         return vyn_connector::common::Decode<Record>(wire, arena.data(), arena.size());
@@ -47,6 +65,7 @@ struct Codec<vyn_connector::VynConnectorState> {
         std::vector<std::uint8_t> arena;
     };
 
+    static void Check(Wire, const std::vector<std::uint8_t>&) {}
     static Message Encode(State state)
     {
         const std::optional<int> code = vyn_connector::common::CastToZt(state);

@@ -2,9 +2,11 @@
 // throws. Built as C++17 and as C++20; exits with 0 when all went as it should.
 #include <common/vyn_connector_common.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -98,29 +100,34 @@ bool everyRecordTravels()
     zt_arena arena{buffer.data(), buffer.data(), buffer.data() + buffer.size()};
     const auto range = CastToZt(common::VynUpdateIdentifierRange(identifiers.begin(), identifiers.end()), &arena);
 
-    return travels(ProxySettings{"host", 1, {"u", "p"}}, "ProxySettings") &&
-           travels(SslSettings{1, "2", "3", "4", "5"}, "SslSettings") &&
-           travels(VynRequestsTimeouts{1, 2}, "VynRequestsTimeouts") &&
-           travels(VynConnectionParameters{{"a", ProxySettings{}, SslSettings{}, VynRequestsTimeouts{3, 4}}, {}},
-                   "VynConnectionParameters") &&
-           travelsWithoutArena(VynConnectorSettings{1, 2, 3, 4, 5, 6}, "VynConnectorSettings") &&
-           travelsWithoutArena(VynServerData{7}, "VynServerData") &&
-           travels(std::vector<common::RawVynParam>{{{1, 2}, "name"}}, "VynParams") &&
-           travels(ProductInfo{"1", "2", 3, "4", "5", {{{"a", "b"}}}, {6, {{"c", "d"}}}, 7}, "ProductInfo") &&
-           travels(LicenseInfo{LicenseKeyInfo{1, 2, 3, wem::types::Timestamp{4}, {}, 6, 7, "8"}, {}}, "LicenseInfo") &&
-           travels(DeviceInfo{}, "DeviceInfo") && travels(AppInfo{}, "AppInfo") &&
-           travelsWithoutArena(DynamicAppInfo{8}, "DynamicAppInfo") && travels(FileInfoParams{"f"}, "FileInfoParams") &&
-           travels(FileInfo{"f", true, false, wem::types::Timestamp{-1}, 9}, "FileInfo") &&
-           travels(FileChunkParams{"f", 1, 2}, "FileChunkParams") &&
-           travels(FileChunk{0, "f", 1, 2, {3}}, "FileChunk") &&
-           travels(ClientCertParams{"1", "2", true, 4}, "ClientCertParams") &&
-           travels(std::vector<ClientCertInfo>{{1, "2", "3", "4", 0}}, "ClientCertsInfo") &&
-           travels(VynUpdateIdentifier{std::byte{1}}, "VynUpdateIdentifier") &&
-           passes(CastFromZt(range, &arena) == identifiers, "VynUpdateIdentifierContainer") &&
-           travels(VynSubscription{VynEventSeverity::Severity1, {"type"}}, "VynSubscription") &&
-           travels(VynSubscriptionsWithHash{5, subscriptions}, "VynSubscriptionsWithHash") && eventTravels() &&
-           passes(CastToZt(VynConnectorState::State12) == 13 && CastFromZt(1) == VynConnectorState::State0,
-                  "VynConnectorState");
+    const bool results[] = {
+        travels(ProxySettings{"host", 1, {"u", "p"}}, "ProxySettings"),
+        travels(SslSettings{1, "2", "3", "4", "5"}, "SslSettings"),
+        travels(VynRequestsTimeouts{1, 2}, "VynRequestsTimeouts"),
+        travels(VynConnectionParameters{{"a", ProxySettings{}, SslSettings{}, VynRequestsTimeouts{3, 4}}, {}},
+                "VynConnectionParameters"),
+        travelsWithoutArena(VynConnectorSettings{1, 2, 3, 4, 5, 6}, "VynConnectorSettings"),
+        travelsWithoutArena(VynServerData{7}, "VynServerData"),
+        travels(std::vector<common::RawVynParam>{{{1, 2}, "name"}}, "VynParams"),
+        travels(ProductInfo{"1", "2", 3, "4", "5", {{{"a", "b"}}}, {6, {{"c", "d"}}}, 7}, "ProductInfo"),
+        travels(LicenseInfo{LicenseKeyInfo{1, 2, 3, wem::types::Timestamp{4}, {}, 6, 7, "8"}, {}}, "LicenseInfo"),
+        travels(DeviceInfo{}, "DeviceInfo"),
+        travels(AppInfo{}, "AppInfo"),
+        travelsWithoutArena(DynamicAppInfo{8}, "DynamicAppInfo"),
+        travels(FileInfoParams{"f"}, "FileInfoParams"),
+        travels(FileInfo{"f", true, false, wem::types::Timestamp{-1}, 9}, "FileInfo"),
+        travels(FileChunkParams{"f", 1, 2}, "FileChunkParams"),
+        travels(FileChunk{0, "f", 1, 2, {3}}, "FileChunk"),
+        travels(ClientCertParams{"1", "2", true, 4}, "ClientCertParams"),
+        travels(std::vector<ClientCertInfo>{{1, "2", "3", "4", 0}}, "ClientCertsInfo"),
+        travels(VynUpdateIdentifier{std::byte{1}}, "VynUpdateIdentifier"),
+        passes(CastFromZt(range, &arena) == identifiers, "VynUpdateIdentifierContainer"),
+        travels(VynSubscription{VynEventSeverity::Severity1, {"type"}}, "VynSubscription"),
+        travels(VynSubscriptionsWithHash{5, subscriptions}, "VynSubscriptionsWithHash"),
+        eventTravels(),
+        passes(CastToZt(VynConnectorState::State12) == 13 && CastFromZt(1) == VynConnectorState::State0,
+               "VynConnectorState")};
+    return std::all_of(std::begin(results), std::end(results), [](bool passed) { return passed; });
 }
 
 bool throwsExhaustion()

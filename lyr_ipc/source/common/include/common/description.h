@@ -47,6 +47,13 @@ constexpr void ForEachRow(Visit&& visit)
     Description<Domain>::Rows([&](auto... row) { (visit(row), ...); });
 }
 
+// A borrowed look at a record in a message; record_view.h defines it.
+namespace detail {
+struct Tested;
+} // namespace detail
+template <typename Record, typename Access = detail::Tested>
+class RecordView;
+
 // The functions that convert one record: what the codecs take for the elements of a list or an optional.
 template <typename Domain>
 using WriterOf = WireOf<Domain> (*)(const Domain&, zt_arena*);

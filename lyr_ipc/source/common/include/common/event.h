@@ -6,6 +6,7 @@
 #include <common/kind/event_fields.h>
 #include <common/record.h>
 #include <common/subscriptions.h>
+#include <common/verify.h>
 
 namespace vyn_connector {
 
@@ -85,7 +86,7 @@ struct Conversion<VynEvent> {
     {
         auto status = lyr::ipc::arena::conv::Status::Ok;
         VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
-        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnread(wire, *arena);
+        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnread(wire, arena);
         return event;
     }
 
@@ -101,17 +102,22 @@ private:
         mur::raise_result_code(mur::resultOutOfSpace);
     }
     template <typename Wire>
-    [[noreturn]] static void RaiseUnread(const Wire& wire, const zt_arena& arena)
+    [[noreturn, gnu::cold, gnu::noinline]] static void RaiseUnread(const Wire& wire, const zt_arena* arena)
     {
-        std::string first;
-        ForEachRow<VynEvent>([&](auto row) {
-            using Row = decltype(row);
-            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset;
-            const std::string fault = Row::Kind::FaultOnReading(bytes, arena);
-            if (first.empty() && !fault.empty()) first = fmt::format("vyn event: {}{}", row.name, fault);
-        });
-        throw std::out_of_range(first);
+        Verify<VynEvent>(wire, arena)->Raise();
     }
 };
 
+namespace detail {
+
+// An event is read whatever its status becomes; without an arena its strings are empty.
+template <>
+inline VynEvent ReadAsIs<VynEvent>(const WireOf<VynEvent>& wire, const zt_arena* arena)
+{
+    auto status = lyr::ipc::arena::conv::Status::Ok;
+    const zt_arena none{};
+    return lyr::ipc::arena::conv::FromZt(arena == nullptr ? none : *arena, wire, status);
+}
+
+} // namespace detail
 } // namespace vyn_connector::common

@@ -3,3 +3,13 @@
 #pragma once
 
 #define VYN_EXPORT __attribute__((visibility("default")))
+
+// Marks an argument that has to outlive what is made of it, for compilers that warn where it does not.
+#ifdef __has_cpp_attribute
+#if __has_cpp_attribute(clang::lifetimebound)
+#define VYN_LIFETIME_BOUND [[clang::lifetimebound]]
+#endif
+#endif
+#ifndef VYN_LIFETIME_BOUND
+#define VYN_LIFETIME_BOUND
+#endif

@@ -17,29 +17,33 @@ struct Message {
 
 namespace detail {
 
-// Where an arena of no bytes stands: aligned, so that an array without elements needs no gap before it either.
-struct alignas(8) PlaceOfNone {
-    std::uint8_t byte = 0;
-};
+// Where an arena of no bytes stands: aligned, so that an array without elements needs no gap before it either. Nothing
+// is written there.
+inline constexpr std::uint64_t placeOfNone = 0;
 
 // An arena of [bytes, bytes + size) with `used` bytes in use. Its addresses are not null even where it is empty, when
-// those of an empty vector are.
-inline zt_arena ArenaOver(std::uint8_t* bytes, std::size_t size, std::size_t used, PlaceOfNone& placeOfNone)
+// those of an empty vector are. An arena has no const bytes; readers leave them alone all the same.
+inline zt_arena ArenaOver(const void* bytes, std::size_t size, std::size_t used) noexcept
 {
-    if (size == 0) bytes = &placeOfNone.byte;
-    return {bytes, bytes + used, bytes + size};
+    auto* const start = static_cast<std::uint8_t*>(const_cast<void*>(size == 0 ? &placeOfNone : bytes));
+    return {start, start + used, start + size};
 }
 
 } // namespace detail
+
+// The arena of a received message, all of its `size` bytes in use: for readers, views and Verify, not for writers.
+inline zt_arena ArenaOf(const std::uint8_t* bytes, std::size_t size) noexcept
+{
+    return detail::ArenaOver(bytes, size, size);
+}
 
 // Writes the record into a new message, in one allocation of just the size. Throws what the record's writer throws, and
 // std::length_error, naming the field, for an event whose status would be cleared.
 template <typename Record>
 Message<Record> Encode(const Record& record)
 {
-    detail::PlaceOfNone placeOfNone;
     Message<Record> message{{}, std::vector<std::uint8_t>(ArenaSize(record, 0))};
-    zt_arena arena = detail::ArenaOver(message.arena.data(), message.arena.size(), 0, placeOfNone);
+    zt_arena arena = detail::ArenaOver(message.arena.data(), message.arena.size(), 0);
     message.wire = Conversion<Record>::Write(record, &arena);
     return message;
 }
@@ -50,9 +54,7 @@ Message<Record> Encode(const Record& record)
 template <typename Record>
 Record Decode(const WireOf<Record>& wire, const std::uint8_t* arena, std::size_t size)
 {
-    detail::PlaceOfNone placeOfNone;
-    // An arena has no const bytes; readers leave them alone all the same.
-    const zt_arena received = detail::ArenaOver(const_cast<std::uint8_t*>(arena), size, size, placeOfNone);
+    const zt_arena received = ArenaOf(arena, size);
     return Conversion<Record>::Read(wire, &received);
 }
 

@@ -133,6 +133,16 @@ struct Conversion {
     }
 };
 
+namespace detail {
+
+// What is read of a message whatever becomes of it. Specialised for a record whose reader gives one even of a bad message.
+template <typename Record>
+Record ReadAsIs(const WireOf<Record>& wire, const zt_arena* arena)
+{
+    return Conversion<Record>::Read(wire, arena);
+}
+
+} // namespace detail
 } // namespace vyn_connector::common
 
 namespace vyn_connector {

@@ -34,6 +34,11 @@ struct Member<Pointer> {
         else
             return entry.second;
     }
+    template <typename View>
+    static auto In(const View& view)
+    {
+        return view.template Get<Pointer>();
+    }
 };
 template <typename Value>
 struct Itself {
@@ -42,6 +47,11 @@ struct Itself {
     static constexpr Object& Of(Object& object)
     {
         return object;
+    }
+    template <typename View>
+    static auto In(const View& view)
+    {
+        return view.Get();
     }
 };
 

@@ -1,8 +1,11 @@
 // The kind of an array of bytes: a pointer to them.
 #pragma once
 
+#include <common/array_view.h>
 #include <common/detail/get.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 #include <common/zt_blob.h>
 
 namespace vyn_connector::common::kind {
@@ -41,6 +44,23 @@ struct Blob {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         const std::uint8_t* const bytes = detail::Get(detail::codec::blob, pointer, arena, 1);
         return Domain(bytes, bytes + pointer.size);
+    }
+    template <typename Domain, typename Wire, typename Access>
+    static BytesView View(const std::uint8_t* wire, const Access& access)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        return {access.At(detail::codec::blob, pointer, 1), pointer.size};
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        return visit.Bytes({&detail::codec::blob, pointer, 1, 1, 0, limit, pointer.size});
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Blob(value.data(), value.size());
     }
 
     static std::uintptr_t After(const std::vector<std::uint8_t>& value, std::uintptr_t at) { return at + value.size(); }

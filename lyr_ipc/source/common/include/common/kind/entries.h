@@ -6,6 +6,7 @@
 
 #include <common/detail/derived.h>
 #include <common/kind/list.h>
+#include <common/record.h>
 
 namespace vyn_connector::common::detail {
 
@@ -76,6 +77,33 @@ struct Entries {
             entries.emplace(detail::ReadRecord<RecordIn<Domain>>(wire, arena));
         return entries;
     }
+    // All entries, used or not.
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        using Record = RecordIn<Domain>;
+        return ArrayView<Nested, Record, WireOf<Record>, Access>(wire, MaxCount, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        using Record = RecordIn<Domain>;
+        if (!visit.Allocate(detail::AllocatedByHashed<typename Domain::value_type>(MaxCount))) return false;
+        return visit.template Each<sizeof(WireOf<Record>)>(
+            wire, MaxCount, [&](const std::uint8_t* entry) __attribute__((always_inline)) {
+                if constexpr (Visitor::isStrict) {
+                    if (IsUnused<Record>(entry, wire, visit))
+                        return visit.Expect(IsZero(entry, wire + sizeof(Wire)), FaultKind::UnusedEntry);
+                    if (!visit.Expect(!IsKeyUsed<Record>(entry, wire), FaultKind::Repeated)) return false;
+                }
+                return ExamineRecord<Record>(entry, visit);
+            });
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Entries(value);
+    }
 
     template <typename Domain>
     static std::uintptr_t After(const Domain& entries, std::uintptr_t at)
@@ -88,6 +116,36 @@ struct Entries {
     static constexpr std::uintptr_t MostAfter(std::uintptr_t at)
     {
         return detail::MostAfterRecords<RecordIn<Domain>>(MaxCount, at);
+    }
+
+private:
+    static bool IsZero(const std::uint8_t* bytes, const std::uint8_t* end)
+    {
+        for (; bytes != end; ++bytes)
+            if (*bytes != 0) return false;
+        return true;
+    }
+    // An entry that is all zero is also what a writer makes of severity 0 without names where nothing stands in the
+    // arena yet. It can do so once.
+    template <typename Record, typename Visitor>
+    static bool IsUnused(const std::uint8_t* entry, const std::uint8_t* wire, const Visitor& visit)
+    {
+        constexpr std::size_t width = sizeof(WireOf<Record>);
+        if (!IsZero(entry, entry + width)) return false;
+        for (; wire != entry; wire += width)
+            if (IsZero(wire, wire + width)) return true;
+        return !visit.WouldPlaceAt(0, alignof(zt_ptr_t));
+    }
+    template <typename Record>
+    static bool IsKeyUsed(const std::uint8_t* entry, const std::uint8_t* wire)
+    {
+        using Key = typename Record::first_type;
+        const auto key = [](const std::uint8_t* place) {
+            return detail::Load<Key>(place + RowOf<&Record::first>::offset);
+        };
+        for (; wire != entry; wire += sizeof(WireOf<Record>))
+            if (key(wire) == key(entry)) return true;
+        return false;
     }
 };
 

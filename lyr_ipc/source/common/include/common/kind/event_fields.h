@@ -1,10 +1,13 @@
 // The kinds of an event's fields. Its strings are placed without zeroing their room, an empty one owns a byte, each has
 // a cap, and they are read against the arena's top and not its end. A reader and a writer built to these rules agree on
 // every edge. A field that fails clears the status; nothing is thrown, and the fields behind it go on. Each kind can say
-// afterwards in words what failed, with ": " or an index before it; a field without a fault is said to be "".
+// afterwards in words why it was not written, with ": " or an index before it; a field without a fault is said to be "".
 #pragma once
 
+#include <common/array_view.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 #include <common/kind/in_place.h>
 #include <common/kind/text.h>
 
@@ -50,17 +53,10 @@ inline zt_ptr_t PlaceEventText(const std::string& text, std::size_t cap, zt_aren
     return {offset, length};
 }
 
-// Whether the pointer lies in the used part of the arena.
-inline bool IsInUsedPart(zt_ptr_t pointer, const zt_arena& arena) noexcept
-{
-    const auto start = reinterpret_cast<std::uintptr_t>(arena.start);
-    const auto used = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(arena.top) - start);
-    return pointer.offset < used && pointer.size <= used - pointer.offset && start + pointer.offset != 0;
-}
-
 [[gnu::noinline]] inline std::string FetchEventText(zt_ptr_t pointer, const zt_arena& arena, Status& status)
 {
-    if (IsInUsedPart(pointer, arena))
+    if (IsInUsedPart(pointer, reinterpret_cast<std::uintptr_t>(arena.start),
+                     reinterpret_cast<std::uintptr_t>(arena.top)))
         return std::string(reinterpret_cast<const char*>(arena.start) + pointer.offset, pointer.size);
     status = Status::Failed;
     return {};
@@ -98,17 +94,22 @@ struct EventText : Text<MaxBytes> {
     {
         return detail::FetchEventText(detail::Load<zt_ptr_t>(wire), arena, status);
     }
+    // Empty where it lies outside.
+    template <typename Domain, typename Wire, typename Access>
+    static std::string_view View(const std::uint8_t* wire, const Access& access)
+    {
+        return access.EventTextAt(detail::Load<zt_ptr_t>(wire));
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return visit.EventText(detail::Load<zt_ptr_t>(wire), MaxBytes);
+    }
 
     static std::string FaultOnWriting(const std::string& value)
     {
         if (value.size() <= MaxBytes) return {};
         return fmt::format(": {} bytes, at most {}", value.size(), MaxBytes);
-    }
-    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
-    {
-        const auto pointer = detail::Load<zt_ptr_t>(wire);
-        if (detail::IsInUsedPart(pointer, arena)) return {};
-        return fmt::format(": zt_arena does not contain an element with the address {}", pointer.offset);
     }
 
     static std::uintptr_t After(const std::string& value, std::uintptr_t at)
@@ -162,20 +163,30 @@ struct EventTexts {
     {
         return ReadEach<Domain>(wire, arena, status, std::make_index_sequence<Count>{});
     }
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        return ArrayView<Element, std::string, zt_ptr_t, Access>(wire, Count, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return visit.template Each<sizeof(zt_ptr_t)>(
+            wire, Count, [&visit](const std::uint8_t* text) __attribute__((always_inline)) {
+                return Element::template Examine<std::string, zt_ptr_t>(text, visit);
+            });
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Texts(value, false);
+    }
 
     template <typename Domain>
     static std::string FaultOnWriting(const Domain& values)
     {
         for (std::size_t i = 0; i < Count; ++i) {
             const std::string fault = Element::FaultOnWriting(values[i]);
-            if (!fault.empty()) return fmt::format("[{}]{}", i, fault);
-        }
-        return {};
-    }
-    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
-    {
-        for (std::size_t i = 0; i < Count; ++i) {
-            const std::string fault = Element::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
             if (!fault.empty()) return fmt::format("[{}]{}", i, fault);
         }
         return {};
@@ -221,7 +232,6 @@ struct EventNumber : Number {
     {
         return {};
     }
-    static std::string FaultOnReading(const std::uint8_t*, const zt_arena&) { return {}; }
 };
 
 // Written unchecked. On reading, a value that no severity has clears the status and is kept all the same.
@@ -241,16 +251,16 @@ struct EventSeverity : Enumeration {
         if (value > highest) status = detail::Status::Failed;
         return static_cast<Domain>(value);
     }
+    template <typename Domain, typename Wire, typename Visitor>
+    static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return visit.Severity(detail::Load<Wire>(wire), highest);
+    }
 
     template <typename Domain>
     static std::string FaultOnWriting(const Domain&)
     {
         return {};
-    }
-    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena&)
-    {
-        const auto value = detail::Load<std::uint32_t>(wire);
-        return value <= highest ? "" : fmt::format(": {} is greater than {}", value, highest);
     }
 };
 

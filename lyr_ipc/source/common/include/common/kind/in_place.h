@@ -2,6 +2,7 @@
 #pragma once
 
 #include <common/detail/put.h>
+#include <common/examine.h>
 #include <wem/types/timestamp.h>
 
 #include <array>
@@ -40,6 +41,16 @@ struct StoredInPlace : InPlace {
     {
         return Self::template LoadAs<Domain, Wire>(wire);
     }
+    template <typename Domain, typename Wire, typename Access>
+    static Domain View(const std::uint8_t* wire, const Access&)
+    {
+        return Self::template LoadAs<Domain, Wire>(wire);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    static bool Examine(const std::uint8_t*, Visitor&)
+    {
+        return true;
+    }
 };
 
 // An integer of one type on both sides, copied bit for bit.
@@ -66,6 +77,11 @@ struct Number : StoredInPlace<Number> {
     {
         return detail::Load<Wire>(wire);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Number(value);
+    }
 };
 
 // A bool, as the byte that it is: the writer does not make 0 or 1 of it. On reading, any byte but zero is true.
@@ -91,6 +107,16 @@ struct Flag : StoredInPlace<Flag> {
     {
         return *wire != 0;
     }
+    template <typename Domain, typename Wire, typename Visitor>
+    static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return visit.Expect(*wire <= 1, FaultKind::Flag);
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Flag(value);
+    }
 };
 
 // An enumeration, as its integer. No value is refused.
@@ -115,6 +141,11 @@ struct Enumeration : StoredInPlace<Enumeration> {
     static Domain LoadAs(const std::uint8_t* wire)
     {
         return static_cast<Domain>(detail::Load<Wire>(wire));
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Number(static_cast<std::underlying_type_t<Value>>(value));
     }
 };
 
@@ -142,6 +173,11 @@ struct Bytes : StoredInPlace<Bytes> {
     {
         return detail::Load<Domain>(wire);
     }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Digits(value);
+    }
 };
 
 // A time stamp, as its signed 64-bit count without change of unit.
@@ -166,6 +202,11 @@ struct Time : StoredInPlace<Time> {
     static Domain LoadAs(const std::uint8_t* wire)
     {
         return Domain{detail::Load<Wire>(wire)};
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Time(value);
     }
 };
 

@@ -1,9 +1,13 @@
 // The kind of a vector of described records: a pointer to an array of their wire structures.
 #pragma once
 
+#include <common/array_view.h>
 #include <common/detail/derived.h>
 #include <common/detail/get.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
+#include <common/kind/nested.h>
 #include <common/zt_vector.h>
 
 #include <iterator>
@@ -32,6 +36,16 @@ auto PutElement(Room room)
     return [room](const Record& value, std::uint8_t* element, std::size_t at) __attribute__((always_inline))
     {
         return PutRecord<Record>(value, element, at, room);
+    };
+}
+
+// Examines the elements of an array.
+template <typename Record, typename Visitor>
+auto ExamineElement(Visitor& visit)
+{
+    return [&visit](const std::uint8_t* element, const std::uint8_t*) __attribute__((always_inline))
+    {
+        return ExamineRecord<Record>(element, visit);
     };
 }
 
@@ -124,6 +138,26 @@ struct List {
         return Domain(detail::ElementReader<Record>(array, arena),
                       detail::ElementReader<Record>(array + pointer.size, arena));
     }
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        return ViewOf<Domain>(detail::codec::vector, wire, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        using Record = typename Domain::value_type;
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        const std::uint64_t count = pointer.size / sizeof(WireOf<Record>);
+        return visit.Array(
+            detail::ClaimOf<WireOf<Record>>(detail::codec::vector, pointer, 0, MaxCount, count * sizeof(Record)),
+            detail::ExamineElement<Record>(visit));
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.List(value);
+    }
 
     template <typename Record>
     static std::uintptr_t After(const std::vector<Record>& values, std::uintptr_t at)
@@ -139,6 +173,17 @@ struct List {
         using Record = typename Domain::value_type;
         at = detail::AlignUp(at, alignof(WireOf<Record>)) + MaxCount * sizeof(WireOf<Record>);
         return detail::MostAfterRecords<Record>(MaxCount, at);
+    }
+
+protected:
+    template <typename Domain, typename Access>
+    static auto ViewOf(const detail::Codec& codec, const std::uint8_t* wire, const Access& access)
+    {
+        using Record = typename Domain::value_type;
+        using Element = WireOf<Record>;
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        const std::uint8_t* const first = access.At(codec, pointer, sizeof(Element));
+        return ArrayView<Nested, Record, Element, Access>(first, pointer.size / sizeof(Element), access);
     }
 };
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <common/detail/derived.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 
 namespace vyn_connector::common::detail {
 
@@ -41,6 +43,21 @@ struct Nested {
     static Domain Read(const std::uint8_t* wire, detail::Bounds arena)
     {
         return detail::ReadRecord<Domain>(wire, arena);
+    }
+    template <typename Domain, typename Wire, typename Access>
+    static RecordView<Domain, Access> View(const std::uint8_t* wire, const Access& access)
+    {
+        return detail::ViewAccess::Make<Domain>(wire, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        return ExamineRecord<Domain>(wire, visit);
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Record(value);
     }
 
     template <typename Domain>

@@ -3,6 +3,8 @@
 
 #include <common/detail/get.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 #include <common/zt_optional.h>
 
 namespace vyn_connector::common::detail {
@@ -64,6 +66,34 @@ struct Optional {
         const std::uint8_t* const slot = detail::Get(detail::codec::optional, pointer, arena, sizeof(Slot));
         if (pointer.size == 0) return std::nullopt;
         return Domain(std::in_place, detail::Lazy{[&] { return Kind::template Read<Value, Slot>(slot, arena); }});
+    }
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        using Value = typename Domain::value_type;
+        using Slot = typename Kind::template Element<Value>;
+        using Look = decltype(Kind::template View<Value, Slot>(wire, access));
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        const std::uint8_t* const slot = access.At(detail::codec::optional, pointer, sizeof(Slot));
+        return pointer.size == 0 ? std::optional<Look>() : Kind::template View<Value, Slot>(slot, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        using Value = typename Domain::value_type;
+        using Slot = typename Kind::template Element<Value>;
+        return visit.Optional(
+            detail::ClaimOf<Slot>(detail::codec::optional, detail::Load<zt_ptr_t>(wire), 0, 1, 0),
+            [&visit](const std::uint8_t* slot)
+                __attribute__((always_inline)) { return Kind::template Examine<Value, Slot>(slot, visit); });
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        if (value.has_value())
+            Kind::Show(*value, out);
+        else
+            out.Absent();
     }
 
     template <typename Value>

@@ -46,6 +46,21 @@ struct Range : List<MaxCount> {
             values.push_back(detail::ReadElement<Record>(element, arena));
         return values;
     }
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        return List<MaxCount>::template ViewOf<Domain>(detail::codec::range, wire, access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        using Record = typename Domain::value_type;
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        auto claim = detail::ClaimOf<WireOf<Record>>(detail::codec::range, pointer, 1, MaxCount,
+                                                     std::uint64_t{pointer.size} * sizeof(Record));
+        claim.allocatesFirst = true;
+        return visit.Array(claim, detail::ExamineElement<Record>(visit));
+    }
 
     template <typename Iterator>
     static std::uintptr_t After(const std::pair<Iterator, Iterator>& range, std::uintptr_t at)

@@ -8,6 +8,12 @@ namespace vyn_connector::common::kind {
 template <typename Kind>
 struct Secret : Kind {
     static constexpr bool secret = true;
+
+    template <typename Value, typename Out>
+    static void Show(const Value&, Out& out)
+    {
+        out.Masked();
+    }
 };
 
 } // namespace vyn_connector::common::kind

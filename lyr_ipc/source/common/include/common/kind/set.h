@@ -2,8 +2,11 @@
 // meant twice.
 #pragma once
 
+#include <common/array_view.h>
 #include <common/detail/get.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 #include <common/zt_set.h>
 
 namespace vyn_connector::common::kind {
@@ -56,6 +59,32 @@ struct Set {
             values.insert(Kind::template Read<std::string, Slot>(slot, arena));
         return values;
     }
+    // In the order of the wire, repeated elements included.
+    template <typename Domain, typename Wire, typename Access>
+    static auto View(const std::uint8_t* wire, const Access& access)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        const std::uint8_t* const first = access.At(detail::codec::set, pointer, sizeof(Slot));
+        return ArrayView<Kind, std::string, Slot, Access>(first, pointer.size / sizeof(Slot), access);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        return visit.Array(
+            detail::ClaimOf<Slot>(detail::codec::set, pointer, 0, MaxCount,
+                                  detail::AllocatedByHashed<std::string>(pointer.size / sizeof(Slot))),
+            [&visit](const std::uint8_t* slot, const std::uint8_t* first) __attribute__((always_inline)) {
+                if (!Kind::template Examine<std::string, Slot>(slot, visit)) return false;
+                if constexpr (Visitor::isStrict) return visit.Expect(IsFirst(slot, first, visit), FaultKind::Repeated);
+                return true;
+            });
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Texts(value, true);
+    }
 
     static std::uintptr_t After(const Values& values, std::uintptr_t at)
     {
@@ -70,6 +99,17 @@ struct Set {
     {
         return detail::AlignUp(at, alignof(Slot)) +
                MaxCount * (sizeof(Slot) + Kind::template MostAfter<std::string>(0));
+    }
+
+private:
+    // Whether no element before this one is the same. All of them were found good.
+    template <typename Visitor>
+    static bool IsFirst(const std::uint8_t* slot, const std::uint8_t* first, const Visitor& visit)
+    {
+        const std::string_view value = visit.TextAt(detail::Load<zt_ptr_t>(slot));
+        for (; first != slot; first += sizeof(Slot))
+            if (visit.TextAt(detail::Load<zt_ptr_t>(first)) == value) return false;
+        return true;
     }
 };
 

@@ -3,6 +3,8 @@
 
 #include <common/detail/get.h>
 #include <common/detail/put.h>
+#include <common/detail/reach.h>
+#include <common/examine.h>
 #include <common/zt_string.h>
 
 namespace vyn_connector::common::kind {
@@ -42,6 +44,23 @@ struct Text {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         const std::uint8_t* const bytes = detail::Get(detail::codec::string, pointer, arena, 1);
         return Domain(reinterpret_cast<const char*>(bytes), pointer.size);
+    }
+    template <typename Domain, typename Wire, typename Access>
+    static std::string_view View(const std::uint8_t* wire, const Access& access)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        return detail::TextAt(access.At(detail::codec::string, pointer, 1), pointer.size);
+    }
+    template <typename Domain, typename Wire, typename Visitor>
+    [[gnu::always_inline]] static bool Examine(const std::uint8_t* wire, Visitor& visit)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        return visit.Bytes({&detail::codec::string, pointer, 1, 1, 0, MaxBytes, detail::AllocatedByText(pointer.size)});
+    }
+    template <typename Value, typename Out>
+    static void Show(const Value& value, Out& out)
+    {
+        out.Text(value);
     }
 
     static constexpr std::uintptr_t After(const std::string& value, std::uintptr_t at) { return at + value.size(); }
