@@ -8,7 +8,7 @@ import sys
 
 COMMENT = re.compile(r"( *)// ?(.*)")
 DECLARES = re.compile(r'\b(namespace|struct|class|union|enum|extern "C")\b')
-LITERAL = re.compile(r"""\"(?:\\.|[^\"\\])*\"|'(?:\\.|[^'\\])*'""")
+LITERAL = re.compile(r"""("(?:\\.|[^"\\])*"|'(?:\\.|[^'\\])*')""")
 CODE = re.compile(r"(`[^`]*`)")
 
 
