@@ -12,7 +12,7 @@ install(
             NAMELINK_COMPONENT development
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(
-    DIRECTORY lyr_ipc/source/common/include/ runtime/include/ ${generatedHeaders}/
+    DIRECTORY lyr_ipc/source/common/include/ runtime/include/
     DESTINATION ${headerInstallDir}
     COMPONENT development
     FILES_MATCHING

@@ -8,7 +8,6 @@ import sys
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONVERSION_HEADERS = "lyr_ipc/source/common/include"
 RUNTIME_HEADERS = "runtime/include"
-GENERATED_HEADERS = {"common/version.h"}
 STANDARD_HEADER = re.compile(r"^[a-z_]+$")
 
 
@@ -31,7 +30,7 @@ def main():
     public = {
         str(path.relative_to(root / folder)): folder
         for folder in (CONVERSION_HEADERS, RUNTIME_HEADERS) for path in files(root, folder)
-    } | {name: CONVERSION_HEADERS for name in GENERATED_HEADERS}
+    }
     if CONVERSION_HEADERS not in public.values() or RUNTIME_HEADERS not in public.values():
         sys.exit(f"{root} holds no headers")
     sources = files(root, "lyr_ipc/source/common/source", "runtime/source")

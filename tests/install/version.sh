@@ -8,7 +8,8 @@ rest=${version#*.}
 minor=${rest%%.*}
 
 # The headers and the package are of one version.
-find "$prefix" -path '*/common/version.h' -exec cat {} + | grep -Fx "#define VYN_CONNECTOR_COMMON_VERSION \"$version\""
+headers=$(find "$prefix" -path '*/common/version.h' -exec sed -n 's/^#define .*_VERSION_[A-Z]* \([0-9]\)/\1/p' {} + | paste -sd.)
+test "$headers" = "$version"
 
 rm -rf "$workDir"
 ask() {
