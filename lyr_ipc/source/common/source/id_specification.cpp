@@ -1,10 +1,8 @@
 #include <common/id_specification.h>
 
-// Included so that they are constructed before this unit's own constant.
-#include <ivo/constants.h>
-
 namespace vyn_connector::common::meta {
 
-const ivo::IdSpec IdSpecification{"/\\\"'`%"};
+// First of all, so that in a static library too it is there before the objects of the program that read it.
+[[gnu::init_priority(101)]] const ivo::IdSpec IdSpecification{"/\\\"'`%"};
 
 } // namespace vyn_connector::common::meta
