@@ -726,7 +726,7 @@ TYPED_TEST_SUITE(EveryRecord, conversion::Records, );
 
 TYPED_TEST(EveryRecord, IsWhatItsReaderMakesOfTheMessage)
 {
-    for (const std::uint64_t size : {0, 1, 3, 15, 16, 40}) {
+    for (const std::uint64_t size : {0u, 1u, 3u, 15u, 16u, 40u}) {
         const std::uint64_t least = std::is_same_v<TypeParam, VynUpdateIdentifiers> ? 1 : 0;
         const Received<TypeParam> message(
             any_record::Make<TypeParam>([=](std::uint64_t limit) { return std::min(limit, std::max(size, least)); }));

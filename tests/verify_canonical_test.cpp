@@ -60,7 +60,7 @@ Record OfSize(std::uint64_t size)
 
 TYPED_TEST(EveryRecord, IsCanonicalAsItsWriterWritesItWhereverTheArenaStarts)
 {
-    for (const std::uint64_t size : {0, 1, 2, 3, 5, 17, 200})
+    for (const std::uint64_t size : {0u, 1u, 2u, 3u, 5u, 17u, 200u})
         for (std::size_t start = 0; start < 16; ++start) {
             const Received<TypeParam> message(OfSize<TypeParam>(size), start);
             std::optional<Fault> fault;
@@ -293,7 +293,7 @@ TEST(VerifyCanonical, FindsPaddingThatIsNotZero)
 {
     const Holding none("");
     WireOf<ClientCertParams> wire;
-    for (const std::size_t at : {17, 18, 19}) {
+    for (const std::size_t at : {17u, 18u, 19u}) {
         std::memset(&wire, 0, sizeof(wire));
         EXPECT_FALSE(VerifyCanonical<ClientCertParams>(wire, none.Get()).has_value());
         reinterpret_cast<std::uint8_t*>(&wire)[at] = 0x40;
@@ -304,7 +304,7 @@ TEST(VerifyCanonical, FindsPaddingThatIsNotZero)
 
 TEST(VerifyCanonical, FindsPaddingOfAnElementThatIsNotZero)
 {
-    for (const std::size_t at : {10, 11}) {
+    for (const std::size_t at : {10u, 11u}) {
         Received<ServerConnectionParameters> message(conversion::Full<ServerConnectionParameters>());
         message.arena.Put(message.wire.proxy.offset + at, "01");
         ExpectTolerated(VerifyCanonical<ServerConnectionParameters>(message.wire, message.arena.Get()),
