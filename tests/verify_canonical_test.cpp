@@ -147,9 +147,9 @@ TEST(VerifyCanonical, FindsABlobOverItsLimit)
 
 TEST(VerifyCanonical, FindsAListOverItsLimit)
 {
-    const Holding arena(Zeros(34 * 16));
-    ExpectTolerated(VerifyCanonical<ProductUpdCfgArray>({{0, 34 * 16}}, arena.Get()),
-                    {"items", FaultKind::OverLimit, {0, 34 * 16}, 2}, "items: 2 more than the 32 that are written");
+    const Holding arena(Zeros(33 * 16));
+    ExpectTolerated(VerifyCanonical<ProductUpdCfgArray>({{0, 33 * 16}}, arena.Get()),
+                    {"items", FaultKind::OverLimit, {0, 33 * 16}, 1}, "items: 1 more than the 32 that are written");
 }
 
 TEST(VerifyCanonical, FindsASetOverItsLimit)
@@ -184,9 +184,9 @@ TEST(VerifyCanonical, FindsAnEventsStringOverItsLimit)
     wire.field1 = {0, 1};
     wire.field3 = {1, 1};
     wire.field4 = {2, 1};
-    wire.field5 = {3, 66};
-    ExpectTolerated(VerifyCanonical<VynEvent>(wire, arena.Get()), {"field5", FaultKind::OverLimit, {3, 66}, 2},
-                    "field5: 2 more than the 64 that are written");
+    wire.field5 = {3, 65};
+    ExpectTolerated(VerifyCanonical<VynEvent>(wire, arena.Get()), {"field5", FaultKind::OverLimit, {3, 65}, 1},
+                    "field5: 1 more than the 64 that are written");
 }
 
 // --- Not where a writer puts it ---
@@ -243,6 +243,9 @@ TEST(VerifyCanonical, FindsAnEventsStringThatIsElsewhere)
     event.wire.field3.offset = 19;
     ExpectTolerated(VerifyCanonical<VynEvent>(event.wire, event.arena.Get()),
                     {"field3", FaultKind::Misplaced, {19, 20}, 1}, "field3: at offset 19 of the arena and not at 20");
+    event.wire.field3.offset = 21;
+    ExpectTolerated(VerifyCanonical<VynEvent>(event.wire, event.arena.Get()),
+                    {"field3", FaultKind::Misplaced, {21, 20}, 1}, "field3: at offset 21 of the arena and not at 20");
     event.wire.field3.offset = 20;
     event.wire.stringArray[8].offset -= 20;
     ExpectTolerated(VerifyCanonical<VynEvent>(event.wire, event.arena.Get()),
@@ -379,10 +382,14 @@ TEST(VerifyCanonical, FindsAUsedEntryBehindAnUnusedOne)
 TEST(VerifyCanonical, TakesSeverity0WithoutNamesForAnUnusedEntryOnlyWhereTheArenaIsInUse)
 {
     // Written first, severity 0 without names is all zero.
-    const Holding arena(Of({8, 1}) + Bytes("'a'"));
-    EXPECT_FALSE(VerifyCanonical<VynSubscriptions>({{{0, {0, 0}}, {1, {0, 8}}, {0, {0, 0}}, {0, {0, 0}}}}, arena.Get())
-                     .has_value());
+    for (const std::size_t start : {0u, 4u, 8u, 12u}) {
+        const Holding aligned(Of({8, 1}) + Bytes("'a'"), start);
+        EXPECT_FALSE(
+            VerifyCanonical<VynSubscriptions>({{{0, {0, 0}}, {1, {0, 8}}, {0, {0, 0}}, {0, {0, 0}}}}, aligned.Get())
+                .has_value());
+    }
     // Once; what is behind it is unused.
+    const Holding arena(Of({8, 1}) + Bytes("'a'"));
     ExpectTolerated(
         VerifyCanonical<VynSubscriptions>({{{0, {0, 0}}, {0, {0, 0}}, {1, {0, 8}}, {0, {0, 0}}}}, arena.Get()),
         {"entries[1]", FaultKind::UnusedEntry, {0, 0}, 0}, "entries[1]: unused, with used ones behind it");
@@ -420,6 +427,8 @@ TEST(VerifyCanonical, LeavesTheByteOfAnEventsEmptyStringFree)
 TEST(VerifyCanonical, FindsASeverityOfAnEventThatIsTooHigh)
 {
     Received<VynEvent> event(VynEvent{});
+    event.wire.severity = 3;
+    EXPECT_FALSE(VerifyCanonical<VynEvent>(event.wire, event.arena.Get()).has_value());
     event.wire.severity = 4;
     ExpectFault(VerifyCanonical<VynEvent>(event.wire, event.arena.Get()), {"severity", FaultKind::Severity, {0, 0}, 1},
                 "std::out_of_range", "vyn event: severity: 4 is greater than 3");

@@ -30,12 +30,16 @@ std::vector<Fault> AllFaults(const WireOf<Record>& wire, const zt_arena* arena)
     return all;
 }
 
+// Of all faults; the first of them is the one that the other form of Verify gives.
 template <typename Record>
 Paths PathsOf(const WireOf<Record>& wire, const zt_arena* arena)
 {
     Paths paths;
     for (const Fault& fault : AllFaults<Record>(wire, arena))
         paths.push_back(fault.Path());
+    const std::optional<Fault> first = Verify<Record>(wire, arena);
+    EXPECT_EQ(first.has_value() ? Paths{first->Path()} : Paths(),
+              Paths(paths.begin(), paths.empty() ? paths.end() : paths.begin() + 1));
     return paths;
 }
 
@@ -253,6 +257,9 @@ TEST(Verify, FindsASeverityThatIsTooHigh)
         return Verify<VynEvent>(wire, arena.Get());
     };
     EXPECT_FALSE(verify(3).has_value());
+    WireOf<VynEvent> highest{};
+    highest.severity = 3;
+    EXPECT_EQ(PathsOf<VynEvent>(highest, arena.Get()), Paths());
     ExpectFault(verify(4), {"severity", FaultKind::Severity, {0, 0}, 1}, "std::out_of_range",
                 "vyn event: severity: 4 is greater than 3");
     ExpectFault(verify(0xFFFFFFFF), {"severity", FaultKind::Severity, {0, 0}, 0xFFFFFFFC}, "std::out_of_range",
@@ -291,6 +298,16 @@ TEST(Verify, FindsThatNothingLiesInAnArenaOfNullAddresses)
                           {"userName", FaultKind::OutsideArena, {0, 2}, 2}, stringCodec);
     ExpectOutOfRangeFault(Verify<ProductUpdCfgArray>({{0, 0}}, &arena), {"items", FaultKind::OutsideArena, {0, 0}, 0},
                           vectorCodec);
+}
+
+TEST(Verify, FindsThatNoStringOfAnEventLiesAtTheNullAddress)
+{
+    std::uint8_t* const top = reinterpret_cast<std::uint8_t*>(4);
+    const zt_arena arena{nullptr, top, top};
+    WireOf<VynEvent> wire{};
+    wire.field1 = {0, 3};
+    ExpectFault(Verify<VynEvent>(wire, &arena), {"field1", FaultKind::OutsideUsedPart, {0, 3}, 0}, "std::out_of_range",
+                "vyn event: field1: zt_arena does not contain an element with the address 0");
 }
 
 // --- The path ---
@@ -365,6 +382,10 @@ TEST(Fault, NamesAnElementOfASetInAnEntry)
     entries.wire.entries[3].eventTypes = bad;
     EXPECT_EQ(PathsOf<VynSubscriptions>(entries.wire, entries.arena.Get()),
               (Paths{"entries[2].eventTypes[1]", "entries[3].eventTypes"}));
+
+    Received<VynSubscriptions> last(conversion::Full<VynSubscriptions>());
+    Put(last.arena, last.wire.entries[3].eventTypes.offset + 19 * 8, bad);
+    EXPECT_EQ(PathsOf<VynSubscriptions>(last.wire, last.arena.Get()), Paths{"entries[3].eventTypes[19]"});
 }
 
 TEST(Fault, NamesAFieldOfAnElementOfAListWithoutARecordAroundIt)
