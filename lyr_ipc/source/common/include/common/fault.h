@@ -171,7 +171,10 @@ inline Fault PointerFault(const FieldPath& path, const PointerClaim& claim, Boun
     const std::uint64_t end = std::uint64_t{pointer.offset} + pointer.size;
     if (IsNullArena(arena)) return {FaultKind::NullArena, path, pointer, end, *claim.codec, arena};
     if (end >= arena.limit) return {FaultKind::OutsideArena, path, pointer, end - arena.limit + 1, *claim.codec, arena};
-    return {FaultKind::PartOfElement, path, pointer, pointer.size % claim.elementSize, *claim.codec, arena};
+    const std::uint64_t rest = pointer.size % claim.elementSize;
+    // An arena of null addresses holds not even what has no bytes.
+    const FaultKind kind = rest == 0 ? FaultKind::OutsideArena : FaultKind::PartOfElement;
+    return {kind, path, pointer, rest, *claim.codec, arena};
 }
 
 // Of an event's string outside the used part.
