@@ -14,7 +14,7 @@ namespace {
 
 namespace kind = common::kind;
 
-// The sum of a record's fields, by its table: of an owned record or of a view, each of which has the members of its kind.
+// The sum of a record's fields, by its table: of an owned record or of a view.
 template <typename Number>
 void Add(kind::InPlace, Sum& sum, Number number)
 {
@@ -136,7 +136,7 @@ std::uint64_t OneText(const common::RecordView<Parameters, Access>& view)
     return SumOf(parameters[parameters.size() - 1].template Get<&common::RawVynParam::name>());
 }
 
-// And by hand, as somebody would who knows the layout and trusts the message.
+// And by hand, by somebody who knows the layout and trusts the message.
 zt_ptr_t PointerAt(const void* place)
 {
     zt_ptr_t pointer;

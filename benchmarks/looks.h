@@ -1,5 +1,5 @@
-// What a library does with a message where it stands, without making the record of it. Everybody is asked the same three
-// things about the same records, and every answer is compared with the right one before it is timed.
+// What a library does with a message where it stands, without making the record of it. Everybody is asked the same
+// three things about the same records, and each answer is compared with the right one before it is timed.
 #pragma once
 
 #include <cstddef>
@@ -45,8 +45,8 @@ struct Looks {
     std::uint64_t (*oneText)(const Message& message); // the sum of one that lies deep
 };
 
-// The texts that are asked for: the proxy's password, the second text of this update configuration entry, a file's name,
-// and the last parameter's name.
+// The one text is the proxy's password of a server, the second text of this update configuration entry of an app, the
+// name of a chunk's file, and the name of the last parameter.
 inline constexpr std::size_t entryAskedFor = 5;
 
 } // namespace bench
