@@ -4,6 +4,8 @@
 // is run, what comes back is compared with the original.
 #pragma once
 
+#include "looks.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -17,7 +19,7 @@ namespace bench {
 
 struct Conversion {
     std::string name;  // record/direction/library
-    std::size_t bytes; // how large the message is
+    std::size_t bytes; // how large the message is, or what is looked at of it
     std::function<void(std::size_t times)> run;
 };
 
@@ -39,15 +41,15 @@ public:
         return Wants(record + "/write/" + library) || Wants(record + "/read/" + library);
     }
 
-    auto begin() const { return all.begin(); }
-    auto end() const { return all.end(); }
-
-private:
     bool Wants(const std::string& name) const
     {
         return name.compare(0, only.size(), only) == 0 && (only.empty() || (name + "/")[only.size()] == '/');
     }
 
+    auto begin() const { return all.begin(); }
+    auto end() const { return all.end(); }
+
+private:
     std::string only;
     std::vector<Conversion> all;
 };
@@ -90,6 +92,9 @@ public:
         const Bytes message = Encode(record);
         return {message.data, message.data + message.size};
     }
+
+    // Its ways to look at such a copy; none where it has to decode it.
+    virtual std::vector<Looks<std::vector<std::uint8_t>>> WaysToLook() const { return {}; }
 };
 
 // Runs `convert(source)` for one source after the other, again and again.

@@ -8,6 +8,9 @@ namespace bench {
 void AddRecords(Conversions& conversions);
 void AddRandomLengths(Conversions& conversions);
 
+// Looking at messages where they stand: record/verify, record/touch and record/one text, by everybody who can.
+void AddLooks(Conversions& conversions);
+
 // This library's alone: lists, strings and sets from small to large.
 void AddGrowth(Conversions& conversions);
 

@@ -6,6 +6,7 @@ int main(int argc, char** argv)
 {
     bench::Conversions conversions(argc > 1 ? argv[1] : "");
     bench::AddRecords(conversions);
+    bench::AddLooks(conversions);
     bench::AddGrowth(conversions);
     for (const bench::Conversion& conversion : conversions) {
         if (argc > 1)

@@ -26,6 +26,16 @@ ALONE = {
     "event": "an event with all its strings",
 }
 DIRECTIONS = ("write", "read")
+HAND, TRUSTED, VIEW, VERIFIED, READER = ("by hand", "this library, trusted", "this library, view",
+                                         "this library, verified", "this library's reader")
+FLAT_TRUSTED, FLAT_VERIFIED, CAPN = "FlatBuffers, trusted", "FlatBuffers, verified", "Cap'n Proto"
+WAYS = (HAND, TRUSTED, VIEW, VERIFIED, READER, FLAT_TRUSTED, FLAT_VERIFIED, CAPN)
+# What is asked of a message, and which way of this library does as much as another.
+TASKS = {
+    "verify": {READER: VERIFIED, FLAT_VERIFIED: VERIFIED, CAPN: VERIFIED},
+    "touch": {READER: VERIFIED, FLAT_TRUSTED: TRUSTED, FLAT_VERIFIED: VERIFIED, CAPN: VERIFIED},
+    "one text": {READER: VERIFIED, FLAT_TRUSTED: TRUSTED, FLAT_VERIFIED: VERIFIED, CAPN: VIEW},
+}
 PACKAGES = {
     "Protocol Buffers": "libprotobuf-dev", "FlatBuffers": "libflatbuffers-dev", "Cap'n Proto": "libcapnp-dev",
     "cereal": "libcereal-dev", "MessagePack": "libmsgpack-cxx-dev", "Google Benchmark": "libbenchmark-dev",
@@ -73,15 +83,18 @@ def cells(records):
     return [(record, direction) for direction in DIRECTIONS for record in records]
 
 
+def cell(times, instructions, name):
+    text = f"{number(times.median(name))} ± {number(times.spread(name))}"
+    return text + (f" ({instructions[name]:,.0f})" if name in instructions else "")
+
+
 def measured(times, instructions, records):
     head = [""] + [f"{record} {direction}" for record, direction in cells(records)]
     rows = []
     for library in libraries(times, next(iter(records))):
         row = [f"**{library}**" if library == THIS else library]
         for record, direction in cells(records):
-            name = f"{record}/{direction}/{library}"
-            text = f"{number(times.median(name))} ± {number(times.spread(name))}"
-            row.append(text + (f" ({instructions[name]:,.0f})" if name in instructions else ""))
+            row.append(cell(times, instructions, f"{record}/{direction}/{library}"))
         rows.append(row)
     return table(head, rows)
 
@@ -108,6 +121,36 @@ def ratios(times, instructions, records):
             peers = [best_peer(values, record, direction, names) for record, direction in cells(records)]
             rows.append([f"best peer, {what}"] + [f"{a / b:.2f} ({peer})" for a, (b, peer) in zip(own, peers)])
     return table(head, rows)
+
+
+def looks(times, instructions):
+    rows = []
+    for task in TASKS:
+        for record in RECORDS:
+            names = [f"{record}/{task}/{way}" for way in WAYS]
+            rows.append([f"{record}, {task}"] + [cell(times, instructions, name) if name in times.samples else ""
+                                                 for name in names])
+    return table([""] + [f"**{way}**" if way.startswith(f"{THIS},") else way for way in WAYS], rows)
+
+
+def look_ratios(times, instructions):
+    """This library against each other way, by the way of its own that does as much; below 1 it is ahead."""
+    others = (READER, FLAT_VERIFIED, FLAT_TRUSTED, CAPN)
+    rows = []
+    for task, counterparts in TASKS.items():
+        for record in RECORDS:
+            row = [f"{record}, {task}"]
+            for other in others:
+                if other not in counterparts:
+                    row.append("")
+                    continue
+                own, peer = (f"{record}/{task}/{way}" for way in (counterparts[other], other))
+                time, count = times.median(own) / times.median(peer), instructions[own] / instructions[peer]
+                row.append(f"{time:.3f} ({count:.3f})")
+            hand, own = f"{record}/{task}/{HAND}", f"{record}/{task}/{TRUSTED}"
+            row.append(f"{times.median(own) - times.median(hand):+.2f} ns" if hand in times.samples else "")
+            rows.append(row)
+    return table(["this library /"] + list(others) + ["more than by hand"], rows)
 
 
 # The pictures. Plain SVG with a background of its own, readable on a light and on a dark page.
@@ -252,8 +295,8 @@ def page(times, threads, instructions):
     samples = len(next(iter(times.samples.values())))
     return f"""# Performance
 
-What it costs to convert a record, beside what it costs other serializers, and beside a floor that nobody can go below.
-This page and its pictures are written by
+What it costs to convert a record, and to look at one in its message, beside what it costs other serializers, and
+beside a floor that nobody can go below. This page and its pictures are written by
 
     scripts/bench
 
@@ -287,6 +330,30 @@ What the others have no counterpart of:
 
 {ratios(times, instructions, ALONE)}
 
+## Reading in place
+
+What it costs to look at a message where it stands, without making a record of it. Three things are asked: whether all
+of it is good ("verify"); what its fields come to, numbers added up and of each text and blob the size and the first
+byte ("touch"); and one text: the proxy's password in A, `productInfo.updCfgArray.items[5].field2` in B, the file's name
+in C and the last parameter's name in D. Figures as above.
+
+{looks(times, instructions)}
+
+- trusted: nothing is tested, as in a message that was verified before.
+- view: each pointer that is followed is tested, and no other: `RecordView`. Cap'n Proto's reader works so too, within
+  its default limits; as these are the limits of one message, each message gets a new reader.
+- verified: all of the message is verified before anything is looked at: `Verified`. So it is by FlatBuffers' verifier.
+  Cap'n Proto has none; what stands under "verify" is its `totalSize()`, which follows and tests each pointer.
+- by hand: `memcpy` at offsets, by somebody who knows the layout and trusts the message.
+- this library's reader: the owned record, made, looked at and destroyed.
+
+As ratios of time, in parentheses of instructions; below 1, this library is ahead. Each is compared with the way of
+this library that tests as much: the reader and FlatBuffers' verifier with "verified", FlatBuffers without it with
+"trusted", Cap'n Proto with the view where one text is read and otherwise with "verified". The last column is what
+"trusted" takes beyond what the same takes by hand.
+
+{look_ratios(times, instructions)}
+
 ## How cost grows
 
 ![Curves: time and instructions for each byte](growth.svg)
@@ -312,6 +379,10 @@ shared library as it is installed, the others through a virtual function. All ru
 random order. FlatBuffers' messages are verified before they are read; texts are bytes to Protocol Buffers and Cap'n
 Proto, so that nobody pays for an encoding. zpp_bits, struct_pack and bitsery take part where
 `-DVYN_CONNECTOR_COMMON_BENCH_PEERS=FOLDER`, an argument of `scripts/bench`, names a folder with their headers.
+
+Looking at a message is one function for each way and question, called through a pointer. Before anything is measured,
+its answer is compared with that of the original record. Everybody tests for what may be missing: optional members, and
+lists that are shorter than expected.
 
 The floor of writing copies the payload back to back with short copies inlined, without lengths, pointers, alignment or
 checks. The floor of reading builds the owned record from such a payload, its sizes known beforehand. Ten identifiers

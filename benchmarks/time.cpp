@@ -28,6 +28,7 @@ int main(int argc, char** argv)
     bench::Conversions conversions;
     bench::AddRecords(conversions);
     bench::AddRandomLengths(conversions);
+    bench::AddLooks(conversions);
     bench::AddGrowth(conversions);
     for (const bench::Conversion& conversion : conversions)
         benchmark::RegisterBenchmark(conversion.name.c_str(),

@@ -1,4 +1,5 @@
-// Cap'n Proto. The builder's one segment, in memory that is used again, is the message: nothing is copied out of it.
+// Cap'n Proto. The builder's one segment, in memory that is used again, is the message: nothing is copied out of it. It
+// has no verifier: its reader tests each pointer that it follows, within limits for the message as a whole.
 #include "peers.h"
 
 #include "records.capnp.h"
@@ -221,6 +222,162 @@ Parameters Take(capn::Parameters::Reader message)
     return record;
 }
 
+void Add(Sum& sum, capnp::Data::Reader data)
+{
+    sum.AddBytes(data.begin(), data.size());
+}
+std::uint64_t SumOf(capnp::Data::Reader data)
+{
+    Sum sum;
+    Add(sum, data);
+    return sum.Total();
+}
+
+void Add(Sum& sum, capn::Server::Reader message)
+{
+    Add(sum, message.getAddress());
+    if (message.hasProxy()) {
+        const auto proxy = message.getProxy();
+        Add(sum, proxy.getAddress());
+        sum.Add(proxy.getPort());
+        const auto credentials = proxy.getCredentials();
+        Add(sum, credentials.getUserName());
+        Add(sum, credentials.getPassword());
+    }
+    if (message.hasSsl()) {
+        const auto ssl = message.getSsl();
+        sum.Add(ssl.getField1());
+        Add(sum, ssl.getField2());
+        Add(sum, ssl.getField3());
+        Add(sum, ssl.getField4());
+        Add(sum, ssl.getField5());
+    }
+    if (message.hasTimeouts()) {
+        const auto timeouts = message.getTimeouts();
+        sum.Add(timeouts.getField1());
+        sum.Add(timeouts.getField2());
+    }
+}
+std::uint64_t OneText(capn::Server::Reader message)
+{
+    return message.hasProxy() ? SumOf(message.getProxy().getCredentials().getPassword()) : 0;
+}
+
+void Add(Sum& sum, capnp::List<capn::Pair>::Reader pairs)
+{
+    for (const auto pair : pairs) {
+        Add(sum, pair.getField1());
+        Add(sum, pair.getField2());
+    }
+}
+void Add(Sum& sum, capn::Key::Reader key)
+{
+    sum.Add(key.getField1());
+    sum.Add(key.getField2());
+    sum.Add(key.getField3());
+    if (key.getHasField4()) sum.Add(key.getField4());
+    if (key.getHasField5()) sum.Add(key.getField5());
+    sum.Add(key.getField6());
+    sum.Add(key.getField7());
+    Add(sum, key.getField8());
+}
+void Add(Sum& sum, capn::App::Reader message)
+{
+    const auto product = message.getProduct();
+    Add(sum, product.getField1());
+    Add(sum, product.getField2());
+    sum.Add(product.getField3());
+    Add(sum, product.getField4());
+    Add(sum, product.getField5());
+    Add(sum, product.getItems());
+    sum.Add(product.getHsdpField1());
+    Add(sum, product.getStatuses());
+    sum.Add(product.getField6());
+
+    if (message.hasKeyInfo1()) Add(sum, message.getKeyInfo1());
+    if (message.hasKeyInfo2()) Add(sum, message.getKeyInfo2());
+
+    const auto device = message.getDevice();
+    Add(sum, device.getField1());
+    Add(sum, device.getField2());
+    sum.Add(device.getField3());
+    sum.Add(device.getField4());
+    sum.Add(device.getField5());
+    Add(sum, device.getField6());
+    Add(sum, device.getField7());
+    sum.Add(device.getField8());
+    Add(sum, device.getField9());
+    Add(sum, device.getField10());
+    Add(sum, device.getField11());
+    Add(sum, device.getField12());
+    Add(sum, device.getField13());
+    Add(sum, device.getField14());
+    Add(sum, device.getField15());
+}
+std::uint64_t OneText(capn::App::Reader message)
+{
+    const auto items = message.getProduct().getItems();
+    return items.size() <= entryAskedFor ? 0 : SumOf(items[entryAskedFor].getField2());
+}
+
+void Add(Sum& sum, capn::Chunk::Reader message)
+{
+    Add(sum, message.getFileName());
+    sum.Add(message.getChunkOffset());
+    sum.Add(message.getChunkSize());
+    Add(sum, message.getData());
+}
+std::uint64_t OneText(capn::Chunk::Reader message)
+{
+    return SumOf(message.getFileName());
+}
+
+void Add(Sum& sum, capn::Parameters::Reader message)
+{
+    for (const auto parameter : message.getParams()) {
+        Add(sum, parameter.getName());
+        Add(sum, parameter.getValue());
+    }
+}
+std::uint64_t OneText(capn::Parameters::Reader message)
+{
+    const auto params = message.getParams();
+    return params.size() == 0 ? 0 : SumOf(params[params.size() - 1].getName());
+}
+
+using Stored = std::vector<std::uint8_t>;
+using Words = kj::ArrayPtr<const capnp::word>;
+
+Words WordsOf(Bytes message)
+{
+    return {reinterpret_cast<const capnp::word*>(message.data), message.size / sizeof(capnp::word)};
+}
+
+// A reader for each message: its default limits are those of one.
+template <typename Message>
+bool IsGood(const Stored& message)
+{
+    const Words words = WordsOf({message.data(), message.size()});
+    capnp::SegmentArrayMessageReader reader(kj::arrayPtr(&words, 1));
+    return reader.getRoot<Message>().totalSize().wordCount != 0;
+}
+template <typename Message>
+std::uint64_t Touch(const Stored& message)
+{
+    const Words words = WordsOf({message.data(), message.size()});
+    capnp::SegmentArrayMessageReader reader(kj::arrayPtr(&words, 1));
+    Sum sum;
+    Add(sum, reader.getRoot<Message>());
+    return sum.Total();
+}
+template <typename Message>
+std::uint64_t OneTextOf(const Stored& message)
+{
+    const Words words = WordsOf({message.data(), message.size()});
+    capnp::SegmentArrayMessageReader reader(kj::arrayPtr(&words, 1));
+    return OneText(reader.getRoot<Message>());
+}
+
 template <typename Record, typename Message>
 class CapnProtoCodec final : public Codec<Record> {
 public:
@@ -236,10 +393,13 @@ public:
     }
     Record Decode(Bytes message) override
     {
-        const kj::ArrayPtr<const capnp::word> words(reinterpret_cast<const capnp::word*>(message.data),
-                                                    message.size / sizeof(capnp::word));
+        const Words words = WordsOf(message);
         capnp::SegmentArrayMessageReader reader(kj::arrayPtr(&words, 1));
         return Take(reader.getRoot<Message>());
+    }
+    std::vector<Looks<Stored>> WaysToLook() const override
+    {
+        return {{"Cap'n Proto", IsGood<Message>, Touch<Message>, OneTextOf<Message>}};
     }
 
 private:

@@ -43,9 +43,19 @@ void Verify(const WireOf<Record>& wire, const zt_arena* arena, Report&& report)
 
 namespace detail {
 
+// Whether the message is good and within the budget; a no may be wrong.
+template <typename Record>
+[[gnu::always_inline]] inline bool IsSound(const WireOf<Record>& wire, const zt_arena* arena, Reach reach,
+                                           std::uint64_t budget) noexcept
+{
+    Soundness soundness(reach);
+    return soundness.Of<Record>(reinterpret_cast<const std::uint8_t*>(&wire)) &&
+           (budget == unlimited || DecodedSize<Record>(wire, arena) <= budget);
+}
+
 // Out of line, for messages that are bad.
 template <typename Record>
-[[gnu::cold, gnu::noinline]] std::optional<Fault> FirstFault(const WireOf<Record>& wire, Reach reach,
+[[gnu::cold, gnu::noinline]] std::optional<Fault> FirstFault(const WireOf<Record>& wire, const zt_arena* arena,
                                                              std::uint64_t budget) noexcept
 {
     std::optional<Fault> first;
@@ -53,7 +63,7 @@ template <typename Record>
         first = fault;
         return false;
     };
-    FaultFinder finder(reach, budget, stop);
+    FaultFinder finder(ReachOf(arena), budget, stop);
     ExamineRecord<Record>(reinterpret_cast<const std::uint8_t*>(&wire), finder);
     return first;
 }
@@ -66,10 +76,8 @@ template <typename Record>
 std::optional<Fault> Verify(const WireOf<Record>& wire, const zt_arena* arena,
                             std::uint64_t budget = unlimited) noexcept
 {
-    detail::Soundness soundness(detail::ReachOf(arena));
-    const bool isSound = ExamineRecord<Record>(reinterpret_cast<const std::uint8_t*>(&wire), soundness);
-    if (isSound && (budget == unlimited || DecodedSize<Record>(wire, arena) <= budget)) return std::nullopt;
-    return detail::FirstFault<Record>(wire, soundness.reach, budget);
+    if (detail::IsSound<Record>(wire, arena, detail::ReachOf(arena), budget)) return std::nullopt;
+    return detail::FirstFault<Record>(wire, arena, budget);
 }
 
 // A view that tests no pointer any more, of a message that was found good; nothing where Verify finds a fault.
@@ -77,9 +85,10 @@ template <typename Record>
 std::optional<VerifiedView<Record>> Verified(const WireOf<Record>& wire VYN_LIFETIME_BOUND, const zt_arena* arena,
                                              std::uint64_t budget = unlimited) noexcept
 {
-    if (Verify<Record>(wire, arena, budget)) return std::nullopt;
-    return detail::ViewAccess::Make<Record>(reinterpret_cast<const std::uint8_t*>(&wire),
-                                            detail::Trusted{detail::ReachOf(arena)});
+    const detail::Reach reach = detail::ReachOf(arena);
+    if (!detail::IsSound<Record>(wire, arena, reach, budget) && detail::FirstFault<Record>(wire, arena, budget))
+        return std::nullopt;
+    return detail::ViewAccess::Make<Record>(reinterpret_cast<const std::uint8_t*>(&wire), detail::Trusted{reach});
 }
 template <typename Record>
 std::optional<VerifiedView<Record>> Verified(const WireOf<Record>&& wire, const zt_arena* arena,

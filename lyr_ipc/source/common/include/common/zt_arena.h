@@ -45,16 +45,22 @@ constexpr Bounds BoundsBetween(std::uintptr_t start, std::uintptr_t end) noexcep
     return {start, end < start ? 0 : size + (isWhole ? 0 : 1)};
 }
 
-// Returns the address that `ptr` names, or 0 where its bytes do not lie before the arena's end or are not a whole
-// number of elements. This is the one test that stands between a hostile message and memory outside its arena. The sum
-// of two 32-bit numbers cannot wrap in 64 bits, so neither an offset that would lead back below the arena nor a size
-// that would seem to end inside it gets past the comparison. Deliberately not tested: the top (data behind it resolves)
-// and the address's alignment (read elements with memcpy).
+// Whether the bytes that `ptr` names lie before the arena's end and are a whole number of elements. This is the one test
+// that stands between a hostile message and memory outside its arena. The sum of two 32-bit numbers cannot wrap in 64
+// bits, so neither an offset that would lead back below the arena nor a size that would seem to end inside it gets past
+// the comparison. Deliberately not tested: the top (data behind it resolves) and the address's alignment (read elements
+// with memcpy).
+constexpr bool Holds(Bounds arena, zt_ptr_t ptr, std::size_t elementSize) noexcept
+{
+    if (std::uint64_t{ptr.offset} + ptr.size >= arena.limit) return false;
+    return elementSize <= 1 || ptr.size % elementSize == 0; // no part of an element
+}
+
+// Returns the address that `ptr` names, or 0 where the arena does not hold its bytes. What an arena holds has address 0
+// only if the arena starts there.
 constexpr std::uintptr_t Resolve(Bounds arena, zt_ptr_t ptr, std::size_t elementSize) noexcept
 {
-    if (std::uint64_t{ptr.offset} + ptr.size >= arena.limit) return 0;
-    if (elementSize > 1 && ptr.size % elementSize != 0) return 0; // part of an element
-    return arena.start + ptr.offset;
+    return Holds(arena, ptr, elementSize) ? arena.start + ptr.offset : 0;
 }
 
 constexpr std::uintptr_t AlignUp(std::uintptr_t address, std::size_t alignment) noexcept

@@ -17,11 +17,18 @@ struct Tolerant {
     static constexpr bool Expect(bool, FaultKind) { return true; }
 };
 
-// Says yes or no, as fast as that can be said: a reader's tests and nothing else.
+// Says yes or no, as fast as that can be said: a reader's tests and nothing else. No pointer is asked whether it leads to
+// address 0; an arena that starts there gets a no in any case. FaultFinder has the last word on a no.
 struct Soundness : Tolerant {
     static constexpr bool inWireOrder = true;
 
     explicit Soundness(Reach r) : reach(r) {}
+
+    template <typename Record>
+    [[gnu::always_inline]] bool Of(const std::uint8_t* wire)
+    {
+        return reach.bounds.start != 0 && ExamineRecord<Record>(wire, *this);
+    }
 
     template <typename Row>
     [[gnu::always_inline]] bool Field(Row, const std::uint8_t* wire)
@@ -35,16 +42,12 @@ struct Soundness : Tolerant {
     }
     static constexpr bool Allocate(std::uint64_t) { return true; }
 
-    [[gnu::always_inline]] bool Bytes(const PointerClaim& claim) const
-    {
-        return Resolve(reach.bounds, claim.pointer, 1) != 0;
-    }
+    [[gnu::always_inline]] bool Bytes(const PointerClaim& claim) const { return Lies(claim); }
     template <typename Element>
     [[gnu::always_inline]] bool Array(const PointerClaim& claim, Element element) const
     {
-        const std::uintptr_t address = Resolve(reach.bounds, claim.pointer, claim.elementSize);
-        if (address == 0) return false;
-        const auto* const first = reinterpret_cast<const std::uint8_t*>(address);
+        if (!Lies(claim)) return false;
+        const std::uint8_t* const first = First(claim);
         const std::uint8_t* const end = first + claim.pointer.size;
         for (const std::uint8_t* place = first; place != end; place += claim.elementSize)
             if (!element(place, first)) return false;
@@ -53,9 +56,8 @@ struct Soundness : Tolerant {
     template <typename Element>
     [[gnu::always_inline]] bool Optional(const PointerClaim& claim, Element element) const
     {
-        const std::uintptr_t address = Resolve(reach.bounds, claim.pointer, claim.elementSize);
-        if (address == 0) return false;
-        return claim.pointer.size == 0 || element(reinterpret_cast<const std::uint8_t*>(address));
+        if (!Lies(claim)) return false;
+        return claim.pointer.size == 0 || element(First(claim));
     }
     template <std::size_t Width, typename Element>
     [[gnu::always_inline]] bool Each(const std::uint8_t* wire, std::size_t count, Element element) const
@@ -71,6 +73,16 @@ struct Soundness : Tolerant {
     static bool Severity(std::uint32_t value, std::uint32_t highest) { return value <= highest; }
 
     Reach reach;
+
+private:
+    [[gnu::always_inline]] bool Lies(const PointerClaim& claim) const
+    {
+        return Holds(reach.bounds, claim.pointer, claim.elementSize);
+    }
+    const std::uint8_t* First(const PointerClaim& claim) const
+    {
+        return reinterpret_cast<const std::uint8_t*>(reach.bounds.start + claim.pointer.offset);
+    }
 };
 
 // Sums up what a reader asks for. A pointer that leads nowhere takes nothing, and what is behind it is summed up all the
