@@ -19,6 +19,8 @@ PAGES = [
     ("Reading a fault report", "docs/fault-reports.md", "fault-reports.md"),
     ("Security", "SECURITY.md", "security.md"),
     ("Performance", "docs/performance.md", "performance.md"),
+    ("Size", "docs/size.md", "size.md"),
+    ("Binary interface", "docs/abi.md", "abi.md"),
     ("Inspector", "docs/inspector.md", "inspector.md"),
     ("The long example", "examples/exchange/README.md", "exchange.md"),
     ("API reference", "docs/api.md", "api.md"),

@@ -6,7 +6,6 @@
 #include <common/kind/event_fields.h>
 #include <common/record.h>
 #include <common/subscriptions.h>
-#include <common/verify.h>
 
 namespace vyn_connector {
 
@@ -86,7 +85,7 @@ struct Conversion<VynEvent> {
     {
         auto status = lyr::ipc::arena::conv::Status::Ok;
         VynEvent event = lyr::ipc::arena::conv::FromZt(*arena, wire, status);
-        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnread(wire, arena);
+        if (status == lyr::ipc::arena::conv::Status::Failed) RaiseUnread(wire, *arena);
         return event;
     }
 
@@ -102,9 +101,16 @@ private:
         mur::raise_result_code(mur::resultOutOfSpace);
     }
     template <typename Wire>
-    [[noreturn, gnu::cold, gnu::noinline]] static void RaiseUnread(const Wire& wire, const zt_arena* arena)
+    [[noreturn, gnu::cold, gnu::noinline]] static void RaiseUnread(const Wire& wire, const zt_arena& arena)
     {
-        Verify<VynEvent>(wire, arena)->Raise();
+        std::string first;
+        ForEachRow<VynEvent>([&](auto row) {
+            using Row = decltype(row);
+            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&wire) + Row::offset;
+            const std::string fault = Row::Kind::FaultOnReading(bytes, arena);
+            if (first.empty() && !fault.empty()) first = fmt::format("vyn event: {}{}", row.name, fault);
+        });
+        throw std::out_of_range(first);
     }
 };
 

@@ -6,7 +6,7 @@
 #include <common/examine.h>
 #include <mur/utf8.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,8 @@
 // The kinds of an event's fields. Its strings are placed without zeroing their room, an empty one owns a byte, each has
 // a cap, and they are read against the arena's top and not its end. A reader and a writer built to these rules agree on
 // every edge. A field that fails clears the status; nothing is thrown, and the fields behind it go on. Each kind can say
-// afterwards in words why it was not written, with ": " or an index before it; a field without a fault is said to be "".
+// afterwards in words what failed, with ": " or an index before it; a field without a fault is said to be "". The words for
+// reading are those of fault.h, which is too much to include for every caller.
 #pragma once
 
 #include <common/array_view.h>
@@ -53,10 +54,15 @@ inline zt_ptr_t PlaceEventText(const std::string& text, std::size_t cap, zt_aren
     return {offset, length};
 }
 
+inline bool IsInUsedPart(zt_ptr_t pointer, const zt_arena& arena) noexcept
+{
+    return IsInUsedPart(pointer, reinterpret_cast<std::uintptr_t>(arena.start),
+                        reinterpret_cast<std::uintptr_t>(arena.top));
+}
+
 [[gnu::noinline]] inline std::string FetchEventText(zt_ptr_t pointer, const zt_arena& arena, Status& status)
 {
-    if (IsInUsedPart(pointer, reinterpret_cast<std::uintptr_t>(arena.start),
-                     reinterpret_cast<std::uintptr_t>(arena.top)))
+    if (IsInUsedPart(pointer, arena))
         return std::string(reinterpret_cast<const char*>(arena.start) + pointer.offset, pointer.size);
     status = Status::Failed;
     return {};
@@ -110,6 +116,12 @@ struct EventText : Text<MaxBytes> {
     {
         if (value.size() <= MaxBytes) return {};
         return fmt::format(": {} bytes, at most {}", value.size(), MaxBytes);
+    }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
+    {
+        const auto pointer = detail::Load<zt_ptr_t>(wire);
+        if (detail::IsInUsedPart(pointer, arena)) return {};
+        return fmt::format(": zt_arena does not contain an element with the address {}", pointer.offset);
     }
 
     static std::uintptr_t After(const std::string& value, std::uintptr_t at)
@@ -191,6 +203,14 @@ struct EventTexts {
         }
         return {};
     }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena& arena)
+    {
+        for (std::size_t i = 0; i < Count; ++i) {
+            const std::string fault = Element::FaultOnReading(wire + i * sizeof(zt_ptr_t), arena);
+            if (!fault.empty()) return fmt::format("[{}]{}", i, fault);
+        }
+        return {};
+    }
 
     template <typename Domain>
     static std::uintptr_t After(const Domain& values, std::uintptr_t at)
@@ -232,6 +252,7 @@ struct EventNumber : Number {
     {
         return {};
     }
+    static std::string FaultOnReading(const std::uint8_t*, const zt_arena&) { return {}; }
 };
 
 // Written unchecked. On reading, a value that no severity has clears the status and is kept all the same.
@@ -261,6 +282,11 @@ struct EventSeverity : Enumeration {
     static std::string FaultOnWriting(const Domain&)
     {
         return {};
+    }
+    static std::string FaultOnReading(const std::uint8_t* wire, const zt_arena&)
+    {
+        const auto value = detail::Load<std::uint32_t>(wire);
+        return value <= highest ? "" : fmt::format(": {} is greater than {}", value, highest);
     }
 };
 
