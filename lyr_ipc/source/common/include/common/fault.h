@@ -16,13 +16,13 @@ namespace vyn_connector::common {
 // The names of a field and of those around it, with the index of an element: "productInfo.updCfgArray.items[3].field2".
 class FieldPath {
 public:
-    // Twice as deep as any record is.
+    // Twice as deep as any record is. What is deeper is left out.
     static constexpr std::size_t mostSteps = 8;
 
     std::string Text() const
     {
         std::string text;
-        for (std::size_t i = 0; i < depth_; ++i) {
+        for (std::size_t i = 0; i < depth_ && i < mostSteps; ++i) {
             if (i != 0) text += '.';
             text += steps_[i].name;
             if (steps_[i].index != noIndex) text += fmt::format("[{}]", steps_[i].index);
@@ -37,8 +37,8 @@ public:
     }
     void Pop() noexcept { --depth_; }
     // Of the element that is looked at, in the innermost field.
-    void SetIndex(std::size_t index) noexcept { steps_[depth_ - 1].index = static_cast<std::uint32_t>(index); }
-    void ClearIndex() noexcept { steps_[depth_ - 1].index = noIndex; }
+    void SetIndex(std::size_t index) noexcept { PutIndex(static_cast<std::uint32_t>(index)); }
+    void ClearIndex() noexcept { PutIndex(noIndex); }
 
 private:
     static constexpr std::uint32_t noIndex = 0xFFFFFFFF;
@@ -47,6 +47,10 @@ private:
         const char* name;
         std::uint32_t index;
     };
+    void PutIndex(std::uint32_t index) noexcept
+    {
+        if (depth_ <= mostSteps) steps_[depth_ - 1].index = index;
+    }
     std::size_t depth_ = 0;
     Step steps_[mostSteps];
 };

@@ -100,7 +100,8 @@ std::optional<VerifiedView<Record>> Verified(const WireOf<Record>&& wire, const 
 // which no two fields can share; a gap, padding or an unused entry that is not zero; a flag that is neither 0 nor 1; a
 // repeated element of a set; and bytes of the used part that no field owns. The order of a set's elements is free, as is
 // the byte that an event's empty string takes. The arena's start is to be aligned as it was when the message was written;
-// writers align addresses, not offsets.
+// writers align addresses, not offsets. Padding counts: a wire structure that was filled by hand and not received may
+// have any.
 template <typename Record>
 std::optional<Fault> VerifyCanonical(const WireOf<Record>& wire, const zt_arena* arena) noexcept
 {
