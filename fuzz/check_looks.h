@@ -164,6 +164,9 @@ void CheckLooks(const common::WireOf<Record>& wire, const zt_arena* arena, const
             Require(fault->Exception() == failure->type, name + "another type is named");
             Require(fault->Text() == failure->text, name + "another text is given");
         }
+        if constexpr (std::is_same_v<Record, VynEvent>)
+            Require(FailureOf([&] { common::Conversion<Record>::Read(wire, arena); }) == FailureOfFault<Record>(*fault),
+                    name + "Decode throws something else than Raise");
         Require(!common::Verified<Record>(wire, arena).has_value(), name + "a view of a message with a fault");
         Require(common::VerifyCanonical<Record>(wire, arena).has_value(), name + "canonical, with a fault");
         return;
