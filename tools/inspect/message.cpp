@@ -111,11 +111,12 @@ void InspectState(Message& message)
     node.depth = 1;
     node.role = Role::Field;
     node.name = "state";
-    node.kind = "State";
+    const auto state = common::CastFromZt(code);
+    node.kind = fmt::format("State of the code {}", code);
     node.place.size = sizeof(code);
     node.content = Content::Number;
     node.isSigned = true;
-    node.bits = static_cast<std::uint64_t>(std::int64_t{code});
+    node.bits = static_cast<std::uint64_t>(state ? static_cast<std::int64_t>(*state) : std::int64_t{code});
     message.nodes.push_back(node);
     const auto report = [&](Reason reason, std::uint32_t at, Place place, std::string words) {
         ++(IsRefused(reason) ? message.refused : message.tolerated);
@@ -123,8 +124,7 @@ void InspectState(Message& message)
         if (at != noNode) message.nodes[at].findings.push_back(static_cast<std::uint32_t>(message.findings.size()));
         message.findings.push_back({reason, at, path, place, std::move(words), "", ""});
     };
-    if (!common::CastFromZt(code))
-        report(Reason::Value, 1, node.place, fmt::format("{} is no state: reading it gives none", code));
+    if (!state) report(Reason::Value, 1, node.place, fmt::format("{} is no state's code: reading it gives none", code));
     if (const auto size = static_cast<std::uint32_t>(message.arena.size()); size != 0)
         report(Reason::Unowned, noNode, {true, 0, size},
                fmt::format("{} bytes of the arena at offset 0 that no field owns", size));

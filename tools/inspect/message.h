@@ -93,6 +93,8 @@ struct Node {
 
     std::uint64_t Count() const { return pointer.size / elementSize; }
     Place Target() const { return {true, pointer.offset, pointer.size}; }
+    // Where a value stands that has no pointer of its own: in the wire structure, in an element, in a slot.
+    Place ValuePlace() const { return hasPointer ? Place{true, pointer.offset, elementSize} : place; }
 };
 
 enum class Standing { Canonical, Tolerated, Refused };

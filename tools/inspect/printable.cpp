@@ -96,10 +96,10 @@ std::string Amount(std::uint64_t number, std::string_view unit)
 bool IsMasked(const Message& message, const Node& node, bool showsSecrets)
 {
     if (showsSecrets) return false;
-    const bool isText = node.content == Content::Text || node.content == Content::Blob;
-    if (isText && !node.resolves) return false; // nothing to show
-    if (isText) return node.isSecret || message.IsSecret(node.Target());
-    return node.content != Content::None && !node.hasPointer && (node.isSecret || message.IsSecret(node.place));
+    if (node.content == Content::None || node.content == Content::Array || node.content == Content::Optional)
+        return false; // nothing to show, or what has nodes of its own
+    if (!node.hasPointer) return node.isSecret || message.IsSecret(node.place);
+    return node.resolves && (node.isSecret || message.IsSecret(node.Target()));
 }
 
 std::string ValueOf(const Message& message, const Node& node, bool showsSecrets, std::size_t most)
@@ -114,7 +114,7 @@ std::string ValueOf(const Message& message, const Node& node, bool showsSecrets,
     case Content::Flag:
         return node.bits == 0 ? "false" : node.bits == 1 ? "true" : fmt::format("true ({})", node.bits);
     case Content::Raw:
-        return Hex(message.At(node.place), node.place.size);
+        return Hex(message.At(node.ValuePlace()), node.ValuePlace().size);
     case Content::Text: {
         if (!node.resolves) return "";
         const std::string_view text(reinterpret_cast<const char*>(message.At(node.Target())), node.pointer.size);
