@@ -51,7 +51,7 @@ constexpr const char* patterns = R"svg(<defs>
 <pattern id="nobody" width="7" height="7" patternUnits="userSpaceOnUse" patternTransform="rotate(45)">
 <rect width="7" height="7" fill="#e4e7ec"/><rect width="2.2" height="7" fill="#8d97a6"/></pattern>
 <pattern id="shared" width="7" height="7" patternUnits="userSpaceOnUse" patternTransform="rotate(-45)">
-<rect width="2.4" height="7" fill="#d3202a"/></pattern>
+<rect width="1.6" height="7" fill="#d3202a" fill-opacity=".6"/></pattern>
 </defs>
 )svg";
 
@@ -89,9 +89,12 @@ private:
     {
         std::size_t y = 24;
         Add("<text class=\"title\" x=\"12\" y=\"{}\">{}</text>\n", y, Escaped(HeadingOf(message_)));
-        const std::size_t count = std::min(message_.findings.size(), mostFaults);
+        std::vector<Finding> worstFirst = message_.findings;
+        std::stable_partition(worstFirst.begin(), worstFirst.end(),
+                              [](const Finding& finding) { return IsRefused(finding.reason); });
+        const std::size_t count = std::min(worstFirst.size(), mostFaults);
         for (std::size_t i = 0; i < count; ++i) {
-            const Finding& finding = message_.findings[i];
+            const Finding& finding = worstFirst[i];
             y += legendLine;
             Add("<text class=\"words\" x=\"12\" y=\"{}\">{} {}{}{}</text>\n", y,
                 IsRefused(finding.reason) ? "!!" : " ~", Escaped(Printable(finding.path)),
@@ -117,6 +120,8 @@ private:
         // Above what is drawn later, so that a neighbour does not hide it.
         for (const Region& region : regions)
             if (region.isShared || region.isFaulty) Mark(region);
+        for (const Region& region : regions)
+            Label(region);
         return y + rows * rowHeight_;
     }
 
@@ -124,7 +129,6 @@ private:
     {
         Add("<g><title>{}</title><path class=\"cell {}\" d=\"{}\"/>", Escaped(TooltipOf(region)), ClassOf(region),
             Outline(region));
-        Label(region);
         Add("</g>\n");
     }
     void Mark(const Region& region)
@@ -226,7 +230,7 @@ private:
         for (const auto* const regions : {&wire, &arena})
             for (const Region& region : *regions)
                 if (region.node != noNode && message_.nodes[region.node].role != Role::Padding)
-                    nodes.push_back(region.node);
+                    nodes.push_back(FieldOf(message_, region.node));
         std::sort(nodes.begin(), nodes.end());
         nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
         for (std::size_t i = 0; i < std::min(nodes.size(), mostLegend); ++i) {

@@ -79,15 +79,21 @@ private:
     void Faults()
     {
         Add("<ul class=\"faults\" aria-label=\"faults\">");
-        for (const Finding& finding : message_.findings)
-            Add("<li><button type=\"button\" class=\"{}\" data-node=\"{}\" data-at=\"{}-{}\"><span "
-                "class=\"where\">{}</span>{}{}</button></li>\n",
-                IsRefused(finding.reason) ? "r" : "t", finding.node == noNode ? "-1" : std::to_string(finding.node),
-                finding.place.inArena ? "arena" : "wire", finding.place.offset, Escaped(Printable(finding.path)),
-                finding.path.empty() ? "" : ": ", Escaped(Printable(finding.words)));
+        for (const bool isRefused : {true, false})
+            for (const Finding& finding : message_.findings)
+                if (IsRefused(finding.reason) == isRefused) Fault(finding);
         if (const std::uint64_t all = message_.refused + message_.tolerated; all > message_.findings.size())
             Add("<li><p>... and {} more</p></li>", all - message_.findings.size());
         Add("</ul>\n");
+    }
+
+    void Fault(const Finding& finding)
+    {
+        Add("<li><button type=\"button\" class=\"{}\" data-node=\"{}\" data-at=\"{}-{}\"><span "
+            "class=\"where\">{}</span>{}{}</button></li>\n",
+            IsRefused(finding.reason) ? "r" : "t", finding.node == noNode ? "-1" : std::to_string(finding.node),
+            finding.place.inArena ? "arena" : "wire", finding.place.offset, Escaped(Printable(finding.path)),
+            finding.path.empty() ? "" : ": ", Escaped(Printable(finding.words)));
     }
 
     void Tree()

@@ -42,6 +42,7 @@ function light(n) {
 }
 
 function pick(n, options = {}) {
+    light(-1);
     for (const element of picked) element.classList.remove("picked");
     if (current >= 0 && lines[current]) {
         lines[current].tabIndex = -1;
@@ -195,8 +196,13 @@ bytes.addEventListener("keydown", event => {
 
 // --- under the pointer ---
 
+// Where a pane scrolls below a pointer that rests, nobody has pointed at what comes there.
+let rested = "";
 for (const pane of [tree, bytes]) {
     pane.addEventListener("pointerover", event => {
+        const at = `${event.clientX} ${event.clientY}`;
+        if (at === rested) return;
+        rested = at;
         const element = event.target.closest("[data-n]");
         light(element ? Number(element.dataset.n) : -1);
     });

@@ -74,9 +74,14 @@ std::vector<Region> RegionsOf(const Message& message, bool inArena)
         const auto shown = static_cast<std::uint32_t>((node.Count() - node.cut) * node.elementSize);
         painting.Own({true, node.pointer.offset + shown, node.pointer.size - shown}, i);
     }
-    for (const Finding& finding : message.findings)
+    for (const Finding& finding : message.findings) {
+        const bool isRefused = IsRefused(finding.reason);
         if (finding.place.inArena == inArena && finding.reason != Reason::OutOfOrder)
-            painting.Fault(finding.place, IsRefused(finding.reason));
+            painting.Fault(finding.place, isRefused);
+        // A pointer that leads nowhere shows at its own place.
+        if (isRefused && finding.node != noNode && message.nodes[finding.node].place.inArena == inArena)
+            painting.Fault(message.nodes[finding.node].place, isRefused);
+    }
     return painting.Regions();
 }
 
@@ -92,11 +97,14 @@ std::vector<Region> RegionsOfArena(const Message& message)
     return RegionsOf(message, true);
 }
 
+std::uint32_t FieldOf(const Message& message, std::uint32_t node)
+{
+    return message.nodes[node].role == Role::Slot ? message.nodes[node].parent : node;
+}
+
 std::size_t ColourOf(const Message& message, std::uint32_t node)
 {
-    while (message.nodes[node].role == Role::Slot)
-        node = message.nodes[node].parent;
-    return node % colours;
+    return FieldOf(message, node) % colours;
 }
 
 } // namespace inspect

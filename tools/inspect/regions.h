@@ -23,7 +23,10 @@ struct Region {
 std::vector<Region> RegionsOfWire(const Message& message);
 std::vector<Region> RegionsOfArena(const Message& message);
 
-// The field that a node's bytes are coloured by: the innermost that has a name, so that all that it holds looks alike.
+// The field whose slot the node is, or the node itself.
+std::uint32_t FieldOf(const Message& message, std::uint32_t node);
+
+// Neighbours in the tree have different ones.
 std::size_t ColourOf(const Message& message, std::uint32_t node);
 inline constexpr std::size_t colours = 12;
 
