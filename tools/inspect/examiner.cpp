@@ -194,7 +194,7 @@ const std::uint8_t* Examiner::Follow(const PointerClaim& claim)
         Report(Reason::Unaligned, target,
                [&] { return fmt::format("unaligned: its elements are aligned to {}", Amount(claim.alignment)); });
     else if (pointer.offset != due)
-        Report(Reason::OutOfOrder, target, [&] { return Elsewhere(pointer.offset, due); });
+        Report(Reason::Misplaced, target, [&] { return Elsewhere(pointer.offset, due); });
     if (end > message_.top)
         Report(Reason::BehindTop, target,
                [&] { return fmt::format("behind the used part of the arena by {}", Amount(end - message_.top)); });
@@ -230,7 +230,7 @@ bool Examiner::EventText(zt_ptr_t pointer, std::uint64_t most)
         Report(Reason::OverLimit, target, [&] {
             return fmt::format("over the writer's limit of {}: {} too many", most, Amount(pointer.size - most));
         });
-    if (pointer.offset != next_) Report(Reason::OutOfOrder, target, [&] { return Elsewhere(pointer.offset, next_); });
+    if (pointer.offset != next_) Report(Reason::Misplaced, target, [&] { return Elsewhere(pointer.offset, next_); });
     Own({pointer.offset, taken}, 1);
     next_ = end;
     return true;

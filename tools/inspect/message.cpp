@@ -151,8 +151,8 @@ std::string_view NameOf(Reason reason)
         return "empty";
     case Reason::Unaligned:
         return "unaligned";
-    case Reason::OutOfOrder:
-        return "out of order";
+    case Reason::Misplaced:
+        return "misplaced";
     case Reason::Overlap:
         return "overlap";
     case Reason::BehindTop:

@@ -26,7 +26,7 @@ enum class Reason : std::uint8_t {
     OverLimit,
     Empty,
     Unaligned,
-    OutOfOrder,
+    Misplaced,
     Overlap,
     BehindTop,
     Gap,

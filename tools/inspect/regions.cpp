@@ -76,7 +76,7 @@ std::vector<Region> RegionsOf(const Message& message, bool inArena)
     }
     for (const Finding& finding : message.findings) {
         const bool isRefused = IsRefused(finding.reason);
-        if (finding.place.inArena == inArena && finding.reason != Reason::OutOfOrder)
+        if (finding.place.inArena == inArena && finding.reason != Reason::Misplaced)
             painting.Fault(finding.place, isRefused);
         // A pointer that leads nowhere shows at its own place.
         if (isRefused && finding.node != noNode && message.nodes[finding.node].place.inArena == inArena)
