@@ -256,8 +256,8 @@ reading it throws std::out_of_range at VynParams.params[0].value: zt blob: zt_ar
   arena 0000    [0]      VynParam
   arena 0000      name   Text<128>         "one"  3 of 128 bytes -> 0x0020..0x0023
   arena 0008      value  Blob              4 of 65536 bytes -> 0x005a..0x005e
-!!                 VynParams.params[0].value: outside the arena by 56 bytes
-                     std::out_of_range: zt blob: zt_arena does not contain an element with the address 90
+!!                  VynParams.params[0].value: outside the arena by 56 bytes
+                      std::out_of_range: zt blob: zt_arena does not contain an element with the address 90
   arena 0010    [1]      VynParam
   arena 0010      name   Text<128>         "tw"  2 of 128 bytes -> 0x0023..0x0025
   arena 0018      value  Blob              6f  1 of 65536 bytes -> 0x0025..0x0026

@@ -108,8 +108,15 @@ void Examiner::SetPointer(const PointerClaim& claim, Content content)
     if (node.kind.empty()) node.kind = fmt::format("{}<{}>", behind_.isBlob ? "Blob" : "Text", claim.most);
 }
 
+// What is not shown is left out where there are more parts than the arena has room for pointers: some pointers are then
+// looked at twice, and so the arrays around them overlap, which is told of those that are shown.
 void Examiner::Own(zt_ptr_t pointer, std::size_t alignment)
 {
+    constexpr std::size_t mostInWire = 64;
+    if (owned_.size() >= message_.arena.size() / sizeof(zt_ptr_t) + mostInWire && !isShown_) {
+        isAllOwned_ = false;
+        return;
+    }
     owned_.push_back({pointer.offset, pointer.size, current_ & 0xFFFFFFF, static_cast<std::uint32_t>(alignment) & 0xF,
                       static_cast<std::uint32_t>(owned_.size())});
 }
@@ -283,10 +290,13 @@ void Examiner::Finish()
     std::sort(owned_.begin(), owned_.end(), [](const Owned& a, const Owned& b) {
         return a.offset != b.offset ? a.offset < b.offset : a.order < b.order;
     });
-    FindUnowned();
+    if (isAllOwned_) FindUnowned();
     FindOverlaps();
+    const auto rank = [](const Finding& finding) {
+        return finding.reason == Reason::Damaged ? 0 : std::uint64_t{finding.node} + 1;
+    };
     std::stable_sort(message_.findings.begin(), message_.findings.end(),
-                     [](const Finding& a, const Finding& b) { return a.node < b.node; });
+                     [&](const Finding& a, const Finding& b) { return rank(a) < rank(b); });
     for (std::size_t i = 0; i < message_.findings.size(); ++i)
         if (const std::uint32_t node = message_.findings[i].node; node != noNode)
             message_.nodes[node].findings.push_back(static_cast<std::uint32_t>(i));

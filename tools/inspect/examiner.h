@@ -258,6 +258,7 @@ private:
     Repeats repeats_;
     std::uint64_t compared_ = 0; // bytes, in search of repeated elements
     std::vector<Owned> owned_;
+    bool isAllOwned_ = true;
 };
 
 } // namespace inspect
