@@ -15,7 +15,7 @@ class JsonWriter {
 public:
     // Fields of a valid message do not share their bytes; where they do, what is written is bounded all the same.
     JsonWriter(const Message& message, bool showsSecrets)
-        : message_(message), showsSecrets_(showsSecrets), budget_(4096 + 2 * message.arena.size())
+        : message_(message), showsSecrets_(showsSecrets), budget_(4096 + 2 * std::uint64_t{message.arena.size()})
     {
     }
 
