@@ -190,9 +190,9 @@ class ProgramTest(unittest.TestCase):
                               ("000003-sent-FileInfoParams.vyn", BAD), ("notes.txt", b"")):
             self.file(name, content)
         self.assertEqual(self.run_program(self.folder, status=REFUSED).stdout.splitlines(), [
-            "000001  sent      FileInfoParams              wire   8  arena       3  canonical",
-            "000002  received  FileInfoParams              wire   8  arena       4  tolerated (1 fault)",
-            "000003  sent      FileInfoParams              wire   8  arena       3  refused (2 faults)"])
+            "000001  sent      FileInfoParams                wire   8  arena       3  canonical",
+            "000002  received  FileInfoParams                wire   8  arena       4  tolerated (1 fault)",
+            "000003  sent      FileInfoParams                wire   8  arena       3  refused (2 faults)"])
 
     def test_following(self):
         self.file("000001-sent-FileInfoParams.vyn", GOOD)
@@ -205,6 +205,32 @@ class ProgramTest(unittest.TestCase):
             program.send_signal(signal.SIGINT)
             self.assertEqual(program.wait(timeout=60), TOLERATED)
             self.assertEqual(program.stdout.read(), "")
+
+    # --- the exchange ---
+
+    @unittest.skipUnless("EXCHANGE" in os.environ, "the exchange is not built")
+    def test_what_the_exchange_captures_is_canonical_and_comes_back(self):
+        captures = self.folder / "captures"
+        captures.mkdir()
+        with subprocess.Popen([PROGRAM, "--follow", captures], stdout=subprocess.PIPE, text=True) as following:
+            subprocess.run([os.environ["EXCHANGE"], "--capture", captures, "--into", self.folder / "received"],
+                           stdout=subprocess.DEVNULL, timeout=120, check=True)
+            files = sorted(captures.iterdir())
+            lines = [following.stdout.readline() for _ in files]
+            following.send_signal(signal.SIGTERM)
+            self.assertEqual(following.wait(timeout=60), CANONICAL)
+        self.assertGreater(len(files), 20)
+        self.assertEqual("".join(lines), self.run_program(captures).stdout)
+        again = self.folder / "again"
+        seen = set()
+        for file in files:
+            record = file.stem.split("-")[2]
+            if record in seen:
+                continue
+            seen.add(record)
+            text = self.run_program("--json", "--secrets", file).stdout
+            self.run_program("--encode", self.file("message.json", text.encode()), "-o", again)
+            self.assertEqual(again.read_bytes(), file.read_bytes(), file)
 
     # --- documents ---
 

@@ -66,7 +66,7 @@ std::string ListingLine(const std::filesystem::path& file, const Message& messag
         words = fmt::format("{} ({})", words, Amount(message.refused + message.tolerated, "fault"));
     if (look.isColoured && standing != Standing::Canonical)
         words = fmt::format("\x1b[{}m{}\x1b[0m", standing == Standing::Refused ? "1;31" : "33", words);
-    return fmt::format("{}  {:<8}  {:<26}  wire {:>3}  arena {:>7}  {}", Printable(number), Printable(direction),
+    return fmt::format("{}  {:<8}  {:<28}  wire {:>3}  arena {:>7}  {}", Printable(number), Printable(direction),
                        Printable(message.record), message.wire.size(), message.arena.size(), words);
 }
 

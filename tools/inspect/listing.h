@@ -9,7 +9,7 @@
 
 namespace inspect {
 
-// "000001  sent      VynConnectionParameters  wire 48  arena 163  canonical"
+// "000001  sent      VynConnectionParameters       wire  48  arena     163  canonical"
 std::string ListingLine(const std::filesystem::path& file, const Message& message, const Look& look);
 
 // Prints a line for each capture in the directory, in the order of their names; with `follows`, also for those that come,

@@ -179,7 +179,8 @@ void AddOptions(CLI::App& app, Options& options)
 {
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", VYN_INSPECT_VERSION, "Print the version and exit");
-    app.add_option("FILE", options.files, "A captured message, or a directory of them, which is listed");
+    app.add_option("FILE", options.files, "A captured message, or a directory of them, which is listed")
+        ->type_name("");
     app.add_option("--record", options.record,
                    "The two files hold the raw wire structure and the raw arena of this record")
         ->type_name("NAME");
