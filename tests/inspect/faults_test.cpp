@@ -352,10 +352,10 @@ TEST(InspectBounds, ElementsAreCutAndTheirFaultsCounted)
     EXPECT_LE(message.findings.size(), inspect::Extent{}.mostFindings);
 }
 
-// Half a million elements, each of them nearly all of the arena, and all of them in four sets.
+// Over a hundred thousand elements, each of them nearly all of the arena, and all of them in four sets.
 TEST(InspectBounds, AliasedElementsTakeNoTimeOfTheirOwn)
 {
-    const std::uint32_t size = 4 << 20;
+    const std::uint32_t size = 1 << 20;
     std::string arena(size, '\0');
     for (std::uint32_t at = 0; at < size; at += 8)
         std::memcpy(arena.data() + at, Words({at / 8 % 64, size - 64}).data(), 8);
@@ -366,8 +366,8 @@ TEST(InspectBounds, AliasedElementsTakeNoTimeOfTheirOwn)
     const Message message = Inspect(Make("VynSubscriptions", wire, arena));
     const std::size_t shown = Tree(message, {}).size() + ToJson(message, false).size() + Map(message, false).size();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(120));
-    EXPECT_LT(shown, std::size_t{256} << 20);
-    EXPECT_GT(message.tolerated, 1000000u);
+    EXPECT_LT(shown, std::size_t{64} << 20);
+    EXPECT_GT(message.tolerated, 250000u);
 }
 
 } // namespace

@@ -97,21 +97,20 @@ ByteString FrameOf(const Capture& capture)
 
 Capture ReadCapture(const std::filesystem::path& file)
 {
-    const ByteString bytes = ReadBytes(file);
+    const ByteString bytes = ReadBytes(file, mostFileBytes + 1); // one more shows that there are more
     return ParseFrame(bytes.data(), bytes.size());
 }
 
-// One byte more than a frame can have shows that there are more.
-ByteString ReadBytes(const std::filesystem::path& file)
+ByteString ReadBytes(const std::filesystem::path& file, std::size_t most)
 {
     std::ifstream stream(file, std::ios::binary);
     if (!stream || std::filesystem::is_directory(file))
         throw FileError(fmt::format("{}: {}", file.string(), stream ? "a directory" : std::strerror(errno)));
     ByteString bytes;
     char block[65536];
-    while (bytes.size() <= mostFileBytes && (stream.read(block, sizeof(block)), stream.gcount() > 0))
+    while (bytes.size() < most && (stream.read(block, sizeof(block)), stream.gcount() > 0))
         bytes.insert(bytes.end(), block, block + stream.gcount());
-    bytes.resize(std::min(bytes.size(), mostFileBytes + 1));
+    bytes.resize(std::min(bytes.size(), most));
     return bytes;
 }
 

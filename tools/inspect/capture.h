@@ -28,6 +28,8 @@ struct Capture {
 // What a file may hold of each: larger ones are cut, and that is noted.
 inline constexpr std::size_t mostNameBytes = 64;
 inline constexpr std::size_t mostArenaBytes = std::size_t{16} << 20;
+// The largest message as JSON.
+inline constexpr std::size_t mostJsonBytes = 16 * mostArenaBytes;
 
 // A file cannot be read or written, or is none of what was asked for. The text names it.
 class FileError : public std::runtime_error {
@@ -42,7 +44,7 @@ ByteString FrameOf(const Capture& capture);
 
 // These throw FileError.
 Capture ReadCapture(const std::filesystem::path& file);
-ByteString ReadBytes(const std::filesystem::path& file);
+ByteString ReadBytes(const std::filesystem::path& file, std::size_t most); // what comes behind is left out
 void WriteFile(const std::filesystem::path& file, std::string_view content);
 
 } // namespace inspect

@@ -41,7 +41,6 @@ Examiner::Scope Examiner::Enter(Role role, std::string name, std::string kind, c
                                 std::size_t width)
 {
     const Scope before{current_, isShown_};
-    isShown_ = isShown_ && message_.nodes.size() < extent_.mostNodes;
     if (!isShown_) return before;
     Node node;
     node.parent = current_;

@@ -89,8 +89,8 @@ inspect::Capture RawCapture(const Options& options)
         throw UseError(fmt::format("there is no record {}; there are {}", options.record, fmt::join(names, ", ")));
     inspect::Capture capture;
     capture.record = options.record;
-    capture.wire = inspect::ReadBytes(options.files[0]);
-    capture.arena = inspect::ReadBytes(options.files[1]);
+    capture.wire = inspect::ReadBytes(options.files[0], inspect::mostArenaBytes);
+    capture.arena = inspect::ReadBytes(options.files[1], inspect::mostArenaBytes + 1);
     if (capture.arena.size() > inspect::mostArenaBytes)
         throw UseError(fmt::format("{}: more than {} bytes", options.files[1], inspect::mostArenaBytes));
     return capture;
@@ -143,7 +143,7 @@ int ShowDiff(const Options& options)
 int Encode(const Options& options)
 {
     if (options.output.empty()) throw UseError("--encode needs --output");
-    const inspect::ByteString json = inspect::ReadBytes(options.encode);
+    const inspect::ByteString json = inspect::ReadBytes(options.encode, inspect::mostJsonBytes);
     try {
         const inspect::Capture capture = inspect::Encode({reinterpret_cast<const char*>(json.data()), json.size()});
         const inspect::ByteString frame = inspect::FrameOf(capture);
@@ -179,8 +179,7 @@ void AddOptions(CLI::App& app, Options& options)
 {
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", VYN_INSPECT_VERSION, "Print the version and exit");
-    app.add_option("FILE", options.files, "A captured message, or a directory of them, which is listed")
-        ->type_name("");
+    app.add_option("FILE", options.files, "A captured message, or a directory of them, which is listed")->type_name("");
     app.add_option("--record", options.record,
                    "The two files hold the raw wire structure and the raw arena of this record")
         ->type_name("NAME");

@@ -39,7 +39,7 @@ constexpr const char* style = R"svg(
   .nobody { fill: url(#nobody); }
   .shared { fill: url(#shared); stroke: none; }
   .tolerated { fill: none; stroke: #d3202a; stroke-width: 1.6; stroke-dasharray: 4 2; }
-  .refused { fill: #e0101c; fill-opacity: .45; stroke: #c00812; stroke-width: 2; }
+  .refused { fill: #ff4d57; fill-opacity: .6; stroke: #c00812; stroke-width: 2; }
   .words { fill: #c00812; }
   @media (prefers-color-scheme: dark) {
     text { fill: #dfe5ee; } .paper { fill: #15191f; } .quiet { fill: #97a3b4; } .label { fill: #10151d; }
