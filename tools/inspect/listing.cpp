@@ -57,7 +57,7 @@ std::string ListingLine(const std::filesystem::path& file, const Message& messag
     const std::string stem = file.stem().string();
     const std::size_t first = stem.find('-');
     const std::size_t second = stem.find('-', first + 1);
-    const bool isNumbered = first != stem.npos && second != stem.npos;
+    const bool isNumbered = first != std::string::npos && second != std::string::npos;
     const std::string number = isNumbered ? stem.substr(0, first) : stem;
     const std::string direction = isNumbered ? stem.substr(first + 1, second - first - 1) : "";
     const Standing standing = message.IsA();

@@ -180,7 +180,7 @@ private:
             std::string_view label = path;
             while (label.size() > room && !label.empty()) {
                 const std::size_t dot = label.find('.');
-                label.remove_prefix(dot == label.npos ? label.size() : dot + 1);
+                label.remove_prefix(dot == std::string_view::npos ? label.size() : dot + 1);
             }
             if (!label.empty()) {
                 Add("<text class=\"label\" x=\"{}\" y=\"{}\">{}</text>", left + at % bytesInRow * byteWidth + 4,

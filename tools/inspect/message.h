@@ -140,7 +140,7 @@ struct Extent {
 // Never fails; bytes that are no message of any record are one with faults.
 Message Inspect(const Capture& capture, const Extent& extent = {});
 
-// The number of records whose messages are known, and the name of each.
+// The names of the records whose messages are known.
 std::vector<std::string_view> RecordNames();
 
 } // namespace inspect
