@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the messages of tests/messages as inputs of the fuzz targets that read messages, into FOLDER/records and
-FOLDER/event. Those over 2,000 bytes are left out: what is special about them is their size, and small inputs get there
+"""Writes the messages of tests/messages as inputs of the fuzz targets that read messages, into FOLDER/records,
+FOLDER/event and FOLDER/inspect. Those over 2,000 bytes are left out: what is special about them is their size, and small inputs get there
 by aliasing. Usage: seed.py FOLDER"""
 import pathlib
 import re
@@ -46,15 +46,18 @@ def parse(path):
 
 def main():
     folder = pathlib.Path(sys.argv[1])
+    inspect = folder / "inspect"
+    inspect.mkdir(parents=True, exist_ok=True)
     numbered = [name for name in records() if name != "VynEvent"]
     for name in records():
         target = folder / ("event" if name == "VynEvent" else "records")
         target.mkdir(parents=True, exist_ok=True)
         number = 0 if name == "VynEvent" else numbered.index(name)
         for path in sorted((MESSAGES / name).glob("*.msg")):
-            content = bytes([number]) + parse(path)
-            if len(content) <= LARGEST:
-                (target / f"{name}_{path.stem}").write_bytes(content)
+            content = parse(path)
+            if len(content) < LARGEST:
+                (target / f"{name}_{path.stem}").write_bytes(bytes([number]) + content)
+                (inspect / f"{name}_{path.stem}").write_bytes(bytes([records().index(name)]) + content)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks which files include which: the runtime nothing of the conversion layer, public headers only each other,
-the standard library and fmt, tests, fuzzers and examples no private header. Takes the source tree's root."""
+the standard library and fmt, tests, fuzzers, tools and examples no private header, and no tool a source of the examples. Takes the source tree's root."""
 import pathlib
 import re
 import sys
@@ -50,11 +50,20 @@ def main():
             if not (name in public or name.startswith("fmt/") or STANDARD_HEADER.match(name)):
                 refuse(path, number, name, "a public header includes the standard library, fmt and public headers only")
 
-    for path in files(root, "tests", "fuzz", "examples"):
+    for path in files(root, "tests", "fuzz", "examples", "tools"):
         for number, quoted, name in includes(path):
             own_header = quoted and (path.parent / name).exists()
             if not own_header and pathlib.PurePath(name).name in private or "source/" in name:
-                refuse(path, number, name, "tests, fuzzers and examples include public headers only")
+                refuse(path, number, name, "tests, fuzzers, tools and examples include public headers only")
+
+    example_headers = {path.name for path in files(root, "examples") if path.suffix == ".h"}
+    for path in files(root, "tools"):
+        for number, quoted, name in includes(path):
+            own_header = quoted and (path.parent / name).exists()
+            if not own_header and (pathlib.PurePath(name).name in example_headers or "examples/" in name):
+                refuse(path, number, name, "a tool includes nothing of the examples")
+            if name.startswith("common/detail/"):
+                refuse(path, number, name, "a tool goes without the library's machinery")
 
     for problem in problems:
         print(problem)
