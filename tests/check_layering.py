@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks which files include which: the runtime nothing of the conversion layer, public headers only each other,
-the standard library and fmt, tests, fuzzers, tools and examples no private header, and no tool a source of the examples. Takes the source tree's root."""
+the standard library and fmt, tests, fuzzers, tools and examples no private header, and no tool a source of the
+examples. Takes the source tree's root."""
 import pathlib
 import re
 import sys
