@@ -202,9 +202,7 @@ void AddOptions(CLI::App& app, Options& options)
                "what is wrong with it, 2 where they refuse it, 64 where the program was used wrongly.");
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int Main(int argc, char** argv)
 {
     Options options;
     CLI::App app("Shows captured messages of the Vyn connector: their fields, their bytes and their faults.",
@@ -215,10 +213,17 @@ int main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : wrongUse;
     }
+    const int status = Run(options);
+    if (std::fflush(stdout) != 0) throw inspect::FileError("the output cannot be written");
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        const int status = Run(options);
-        if (std::fflush(stdout) != 0) throw inspect::FileError("the output cannot be written");
-        return status;
+        return Main(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vyn-inspect: %s\n", error.what());
         return wrongUse;

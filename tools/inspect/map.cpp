@@ -71,10 +71,13 @@ public:
         const std::size_t legendEnd = Legend(arena, wire, legendTop);
         const std::size_t height = std::max(y, legendEnd) + 12;
         const std::size_t width = legendLeft + legendWidth;
-        return fmt::format(
-            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0}\" height=\"{1}\" viewBox=\"0 0 {0} "
-            "{1}\">\n<style>{2}</style>\n{3}<rect class=\"paper\" width=\"{0}\" height=\"{1}\"/>\n{4}</svg>\n",
-            width, height, style, patterns, svg_);
+        return fmt::format(R"(<svg xmlns="http://www.w3.org/2000/svg" width="{0}" height="{1}" viewBox="0 0 {0} )"
+                           R"({1}">
+<style>{2}</style>
+{3}<rect class="paper" width="{0}" height="{1}"/>
+{4}</svg>)"
+                           "\n",
+                           width, height, style, patterns, svg_);
     }
 
 private:
@@ -88,7 +91,9 @@ private:
     std::size_t Head()
     {
         std::size_t y = 24;
-        Add("<text class=\"title\" x=\"12\" y=\"{}\">{}</text>\n", y, Escaped(HeadingOf(message_)));
+        Add(R"(<text class="title" x="12" y="{}">{}</text>)"
+            "\n",
+            y, Escaped(HeadingOf(message_)));
         std::vector<Finding> worstFirst = message_.findings;
         std::stable_partition(worstFirst.begin(), worstFirst.end(),
                               [](const Finding& finding) { return IsRefused(finding.reason); });
@@ -96,23 +101,28 @@ private:
         for (std::size_t i = 0; i < count; ++i) {
             const Finding& finding = worstFirst[i];
             y += legendLine;
-            Add("<text class=\"words\" x=\"12\" y=\"{}\">{} {}{}{}</text>\n", y,
-                IsRefused(finding.reason) ? "!!" : " ~", Escaped(Printable(finding.path)),
+            Add(R"(<text class="words" x="12" y="{}">{} {}{}{}</text>)"
+                "\n",
+                y, IsRefused(finding.reason) ? "!!" : " ~", Escaped(Printable(finding.path)),
                 finding.path.empty() ? "" : ": ", Escaped(Printable(finding.words)));
         }
         if (const std::uint64_t all = message_.refused + message_.tolerated; all > count)
-            Add("<text class=\"words\" x=\"12\" y=\"{}\">   ... {} more</text>\n", y += legendLine, all - count);
+            Add(R"(<text class="words" x="12" y="{}">   ... {} more</text>)"
+                "\n",
+                y += legendLine, all - count);
         return y + 12;
     }
 
     std::size_t Part(std::string_view name, const std::vector<Region>& regions, std::size_t size, std::size_t y)
     {
-        Add("<text class=\"quiet\" x=\"{}\" y=\"{}\">{}, {}, {} in a row</text>\n", left, y + 14, name,
-            Amount(size, "byte"), bytesInRow);
+        Add(R"(<text class="quiet" x="{}" y="{}">{}, {}, {} in a row</text>)"
+            "\n",
+            left, y + 14, name, Amount(size, "byte"), bytesInRow);
         y += 22;
         const std::size_t rows = (size + bytesInRow - 1) / bytesInRow;
         for (std::size_t row = 0; row < rows; ++row)
-            Add("<text class=\"quiet\" x=\"12\" y=\"{}\" style=\"font-size:11px\">{:04x}</text>\n",
+            Add(R"(<text class="quiet" x="12" y="{}" style="font-size:11px">{:04x}</text>)"
+                "\n",
                 y + row * rowHeight_ + rowHeight_ / 2 + 4, row * bytesInRow);
         top_ = y;
         for (const Region& region : regions)
@@ -127,16 +137,16 @@ private:
 
     void Draw(const Region& region)
     {
-        Add("<g><title>{}</title><path class=\"cell {}\" d=\"{}\"/>", Escaped(TooltipOf(region)), ClassOf(region),
+        Add(R"(<g><title>{}</title><path class="cell {}" d="{}"/>)", Escaped(TooltipOf(region)), ClassOf(region),
             Outline(region));
         Add("</g>\n");
     }
     void Mark(const Region& region)
     {
         const std::string outline = Outline(region);
-        Add("<g pointer-events=\"none\">");
-        if (region.isShared) Add("<path class=\"shared\" d=\"{}\"/>", outline);
-        if (region.isFaulty) Add("<path class=\"{}\" d=\"{}\"/>", region.isRefused ? "refused" : "tolerated", outline);
+        Add(R"(<g pointer-events="none">)");
+        if (region.isShared) Add(R"(<path class="shared" d="{}"/>)", outline);
+        if (region.isFaulty) Add(R"(<path class="{}" d="{}"/>)", region.isRefused ? "refused" : "tolerated", outline);
         Add("</g>\n");
     }
 
@@ -183,7 +193,7 @@ private:
                 label.remove_prefix(dot == std::string_view::npos ? label.size() : dot + 1);
             }
             if (!label.empty()) {
-                Add("<text class=\"label\" x=\"{}\" y=\"{}\">{}</text>", left + at % bytesInRow * byteWidth + 4,
+                Add(R"(<text class="label" x="{}" y="{}">{}</text>)", left + at % bytesInRow * byteWidth + 4,
                     top_ + at / bytesInRow * rowHeight_ + rowHeight_ / 2 + 4, Escaped(label));
                 at = (at / bytesInRow + 16) * bytesInRow;
             } else {
@@ -216,8 +226,10 @@ private:
     {
         const auto entry = [&](std::string_view swatch, std::string_view text) {
             y += legendLine;
-            Add("<rect class=\"cell {}\" x=\"{}\" y=\"{}\" width=\"22\" height=\"12\"/>", swatch, legendLeft, y - 10);
-            Add("<text x=\"{}\" y=\"{}\" style=\"font-size:11px\">{}</text>\n", legendLeft + 30, y, Escaped(text));
+            Add(R"(<rect class="cell {}" x="{}" y="{}" width="22" height="12"/>)", swatch, legendLeft, y - 10);
+            Add(R"(<text x="{}" y="{}" style="font-size:11px">{}</text>)"
+                "\n",
+                legendLeft + 30, y, Escaped(text));
         };
         entry("nobody", "bytes that no field owns, and gaps");
         entry("shared", "bytes of several fields");
@@ -240,8 +252,9 @@ private:
             entry(fmt::format("f{}", ColourOf(message_, nodes[i])), path);
         }
         if (nodes.size() > mostLegend)
-            Add("<text class=\"quiet\" x=\"{}\" y=\"{}\">... {} more</text>\n", legendLeft + 30, y += legendLine,
-                nodes.size() - mostLegend);
+            Add(R"(<text class="quiet" x="{}" y="{}">... {} more</text>)"
+                "\n",
+                legendLeft + 30, y += legendLine, nodes.size() - mostLegend);
         return y;
     }
 

@@ -38,20 +38,33 @@ public:
 <style>
 {2}</style>
 </head>
-<body>
-)",
+<body>)"
+            "\n",
             record, NameOf(message_.IsA()), pageStyle);
         Head(record);
         Faults();
-        Add("<main>\n<section class=\"pane\"><h2>Fields</h2>\n");
+        Add(R"(<main>
+<section class="pane"><h2>Fields</h2>)"
+            "\n");
         Tree();
-        Add("</section>\n<section class=\"pane\"><h2>Bytes</h2>\n<div class=\"bytes\" tabindex=\"0\" role=\"group\" "
-            "aria-label=\"bytes of the message\">\n");
+        Add(R"(</section>
+<section class="pane"><h2>Bytes</h2>
+<div class="bytes" tabindex="0" role="group" )"
+            R"(aria-label="bytes of the message">)"
+            "\n");
         Bytes("Wire structure", "wire", RegionsOfWire(message_), message_.wire);
         Bytes("Arena", "arena", RegionsOfArena(message_), message_.arena);
-        Add("</div></section>\n</main>\n<section class=\"detail\" aria-live=\"polite\" aria-label=\"the "
-            "field\"></section>\n"
-            "<script type=\"application/json\" id=\"data\">{}</script>\n<script>\n{}</script>\n</body>\n</html>\n",
+        Add(R"(</div></section>
+</main>
+<section class="detail" aria-live="polite" aria-label="the )"
+            R"(field"></section>)"
+            "\n"
+            R"(<script type="application/json" id="data">{}</script>
+<script>
+{}</script>
+</body>
+</html>
+)",
             Data(), pageScript);
         return std::move(html_);
     }
@@ -65,20 +78,20 @@ private:
 
     void Head(const std::string& record)
     {
-        Add("<header><span class=\"hint\"><kbd>&uarr;</kbd> <kbd>&darr;</kbd> <kbd>&larr;</kbd> <kbd>&rarr;</kbd> "
-            "move, <kbd>f</kbd> <kbd>F</kbd> next and previous fault</span><h1>{}</h1><span class=\"badge "
-            "{}\">{}</span> "
+        Add(R"(<header><span class="hint"><kbd>&uarr;</kbd> <kbd>&darr;</kbd> <kbd>&larr;</kbd> <kbd>&rarr;</kbd> )"
+            R"(move, <kbd>f</kbd> <kbd>F</kbd> next and previous fault</span><h1>{}</h1><span class="badge )"
+            R"({}">{}</span> )"
             "{} in the wire structure, {} in the arena; reading takes {} of memory",
             record, NameOf(message_.IsA()), Escaped(StandingOf(message_)), Amount(message_.wire.size(), "byte"),
             message_.arena.size(), Amount(message_.memory, "byte"));
         if (const std::string words = ReadersWords(message_); !words.empty())
-            Add("<p class=\"reader\">{}</p>", Escaped(Printable(words)));
+            Add(R"(<p class="reader">{}</p>)", Escaped(Printable(words)));
         Add("</header>\n");
     }
 
     void Faults()
     {
-        Add("<ul class=\"faults\" aria-label=\"faults\">");
+        Add(R"(<ul class="faults" aria-label="faults">)");
         for (const bool isRefused : {true, false})
             for (const Finding& finding : message_.findings)
                 if (IsRefused(finding.reason) == isRefused) Fault(finding);
@@ -89,8 +102,9 @@ private:
 
     void Fault(const Finding& finding)
     {
-        Add("<li><button type=\"button\" class=\"{}\" data-node=\"{}\" data-at=\"{}-{}\"><span "
-            "class=\"where\">{}</span>{}{}</button></li>\n",
+        Add(R"(<li><button type="button" class="{}" data-node="{}" data-at="{}-{}"><span )"
+            R"(class="where">{}</span>{}{}</button></li>)"
+            "\n",
             IsRefused(finding.reason) ? "r" : "t", finding.node == noNode ? "-1" : std::to_string(finding.node),
             finding.place.inArena ? "arena" : "wire", finding.place.offset, Escaped(Printable(finding.path)),
             finding.path.empty() ? "" : ": ", Escaped(Printable(finding.words)));
@@ -98,11 +112,14 @@ private:
 
     void Tree()
     {
-        Add("<div class=\"tree\" role=\"tree\" aria-label=\"fields of the message\">\n");
+        Add(R"(<div class="tree" role="tree" aria-label="fields of the message">)"
+            "\n");
         std::size_t lines = 0;
         const auto chunk = [&] {
             if (lines++ % linesInChunk == 0)
-                Add("{}<div class=\"chunk\" role=\"presentation\">\n", lines == 1 ? "" : "</div>");
+                Add(R"({}<div class="chunk" role="presentation">)"
+                    "\n",
+                    lines == 1 ? "" : "</div>");
         };
         std::vector<std::uint32_t> cuts;
         for (std::uint32_t i = 0; i < message_.nodes.size(); ++i) {
@@ -115,7 +132,8 @@ private:
             while (!cuts.empty() && (isLast || after <= message_.nodes[cuts.back()].depth)) {
                 chunk();
                 const Node& cut = message_.nodes[cuts.back()];
-                Add("<div class=\"n more\" data-under=\"{}\" style=\"padding-left:{}px\">... {} more</div>\n",
+                Add(R"(<div class="n more" data-under="{}" style="padding-left:{}px">... {} more</div>)"
+                    "\n",
                     cuts.back(), 12 + 18 * (cut.depth + 1), cut.cut);
                 cuts.pop_back();
             }
@@ -126,21 +144,21 @@ private:
     void Line(std::uint32_t i, bool hasChildren)
     {
         const Node& node = message_.nodes[i];
-        Add("<div class=\"n\" role=\"treeitem\" data-n=\"{}\" aria-level=\"{}\" aria-selected=\"false\"{} "
-            "tabindex=\"-1\" "
-            "style=\"padding-left:{}px\"><span class=\"tw\">{}</span><span class=\"name\">{}</span><span "
-            "class=\"kind\">{}</span>",
-            i, node.depth + 1, hasChildren ? " aria-expanded=\"true\"" : "", 12 + 18 * node.depth,
+        Add(R"(<div class="n" role="treeitem" data-n="{}" aria-level="{}" aria-selected="false"{} )"
+            R"(tabindex="-1" )"
+            R"(style="padding-left:{}px"><span class="tw">{}</span><span class="name">{}</span><span )"
+            R"(class="kind">{}</span>)",
+            i, node.depth + 1, hasChildren ? R"( aria-expanded="true")" : "", 12 + 18 * node.depth,
             hasChildren ? "&#9662;" : "", Escaped(Printable(node.name)), Escaped(node.kind));
         if (!node.findings.empty()) {
             const bool isRefused = std::any_of(node.findings.begin(), node.findings.end(), [&](std::uint32_t finding) {
                 return IsRefused(message_.findings[finding].reason);
             });
-            Add("<span class=\"mark {}\">{}</span>", isRefused ? "r" : "t",
+            Add(R"(<span class="mark {}">{}</span>)", isRefused ? "r" : "t",
                 NameOf(message_.findings[node.findings.front()].reason));
         }
         if (const std::string value = ValueOf(message_, node, showsSecrets_); !value.empty())
-            Add("<span class=\"value\">{}</span>", Escaped(value));
+            Add(R"(<span class="value">{}</span>)", Escaped(value));
         Add("</div>\n");
     }
 
@@ -148,36 +166,55 @@ private:
     void Bytes(std::string_view name, std::string_view place, const std::vector<Region>& regions,
                const ByteString& content)
     {
-        Add("<div class=\"part\">{}, {}</div>\n", name, Amount(content.size(), "byte"));
-        const bool inArena = place == "arena";
+        Add(R"(<div class="part">{}, {}</div>)"
+            "\n",
+            name, Amount(content.size(), "byte"));
         auto region = regions.begin();
         for (std::size_t begin = 0; begin < content.size(); begin += bytesInRow) {
-            if (begin / bytesInRow % linesInChunk == 0) Add("{}<div class=\"chunk\">\n", begin == 0 ? "" : "</div>");
-            const std::size_t end = std::min(content.size(), begin + bytesInRow);
-            std::string characters;
-            Add("<div class=\"row\"><b>{:04x}</b><span class=\"hex\">", begin);
-            for (std::size_t at = begin; at < end;) {
-                while (region->offset + region->size <= at)
-                    ++region;
-                const std::size_t runEnd = std::min<std::size_t>(end, region->offset + region->size);
-                const std::string tag = TagOf(*region, at == region->offset ? fmt::format("{}-{}", place, at) : "");
-                std::string hex;
-                std::string shown;
-                for (std::size_t i = at; i < runEnd; ++i) {
-                    const bool isMasked =
-                        !showsSecrets_ && inArena && message_.IsSecret({true, static_cast<std::uint32_t>(i), 1});
-                    const char c = static_cast<char>(content[i]);
-                    hex += isMasked ? "**" : fmt::format("{:02x}", content[i]);
-                    if (i + 1 < runEnd) hex += i % 8 == 7 ? "  " : " ";
-                    shown += isMasked ? '*' : c >= 0x20 && c < 0x7F ? c : '.';
-                }
-                Add("<i{}>{}</i>{}", tag, hex, runEnd % 8 == 0 ? "  " : " ");
-                characters += fmt::format("<i{}>{}</i>", tag, Escaped(shown));
-                at = runEnd;
-            }
-            Add("</span><span>{}</span></div>\n", characters);
+            if (begin / bytesInRow % linesInChunk == 0)
+                Add(R"({}<div class="chunk">)"
+                    "\n",
+                    begin == 0 ? "" : "</div>");
+            Row(place, region, content, begin);
         }
         if (!content.empty()) Add("</div>\n");
+    }
+    // From `region` on, which is left at the region of the row's last byte.
+    void Row(std::string_view place, std::vector<Region>::const_iterator& region, const ByteString& content,
+             std::size_t begin)
+    {
+        const std::size_t end = std::min(content.size(), begin + bytesInRow);
+        std::string characters;
+        Add(R"(<div class="row"><b>{:04x}</b><span class="hex">)", begin);
+        for (std::size_t at = begin; at < end;) {
+            while (region->offset + region->size <= at)
+                ++region;
+            const std::size_t runEnd = std::min<std::size_t>(end, region->offset + region->size);
+            const std::string tag = TagOf(*region, at == region->offset ? fmt::format("{}-{}", place, at) : "");
+            const Run run = RunOf(content, at, runEnd, place == "arena");
+            Add("<i{}>{}</i>{}", tag, run.hex, runEnd % 8 == 0 ? "  " : " ");
+            characters += fmt::format("<i{}>{}</i>", tag, Escaped(run.characters));
+            at = runEnd;
+        }
+        Add("</span><span>{}</span></div>\n", characters);
+    }
+    struct Run {
+        std::string hex;
+        std::string characters;
+    };
+    Run RunOf(const ByteString& content, std::size_t begin, std::size_t end, bool inArena) const
+    {
+        Run run;
+        for (std::size_t i = begin; i < end; ++i) {
+            const bool isMasked =
+                !showsSecrets_ && inArena && message_.IsSecret({true, static_cast<std::uint32_t>(i), 1});
+            const char c = static_cast<char>(content[i]);
+            const bool isPrintable = c >= 0x20 && c < 0x7F;
+            run.hex += isMasked ? "**" : fmt::format("{:02x}", content[i]);
+            if (i + 1 < end) run.hex += i % 8 == 7 ? "  " : " ";
+            run.characters += isMasked ? '*' : isPrintable ? c : '.';
+        }
+        return run;
     }
 
     std::string TagOf(const Region& region, const std::string& at) const
@@ -191,9 +228,9 @@ private:
             classes = fmt::format("c{}", ColourOf(message_, region.node));
         if (region.isShared) classes += " s";
         if (region.isFaulty) classes += region.isRefused ? " r" : " t";
-        std::string tag = fmt::format(" class=\"{}\"", classes);
-        if (region.node != noNode) tag += fmt::format(" data-n=\"{}\"", region.node);
-        if (region.isFaulty && !at.empty()) tag += fmt::format(" data-at=\"{}\"", at);
+        std::string tag = fmt::format(R"( class="{}")", classes);
+        if (region.node != noNode) tag += fmt::format(R"( data-n="{}")", region.node);
+        if (region.isFaulty && !at.empty()) tag += fmt::format(R"( data-at="{}")", at);
         return tag;
     }
 
