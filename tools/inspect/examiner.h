@@ -141,7 +141,7 @@ public:
         PaddingAt(wire, Row::width);
         return true;
     }
-    static constexpr void Allocate(std::uint64_t) {}
+    static constexpr bool Allocate(std::uint64_t) { return true; }
 
     bool Bytes(const PointerClaim& claim)
     {
