@@ -1,8 +1,8 @@
 // The inspector, on any bytes as a capture file and as a message of any record. It says what the reader then does; its
 // pictures, pages and JSON come to an end; what it prints of a canonical message is what it makes the same bytes of.
+#include "library.h"
 #include "memory_limit.h"
 #include "message_input.h"
-#include "library.h"
 
 #include <encode.h>
 #include <json.h>
@@ -80,5 +80,6 @@ void Check(const std::uint8_t* data, std::size_t size)
     const auto used = static_cast<std::ptrdiff_t>(message.top);
     const inspect::ByteString arena(capture.arena.begin(), capture.arena.begin() + used);
     Require(again.wire == capture.wire, "another wire structure");
-    Require(again.arena == arena || capture.record == "VynEvent", "another arena"); // an empty string's byte is anybody's
+    Require(again.arena == arena || capture.record == "VynEvent",
+            "another arena"); // an empty string's byte is anybody's
 }

@@ -303,7 +303,7 @@ Capture Encode(std::string_view text)
     const Json json = Json::parse(text, nullptr, false);
     if (json.is_discarded()) throw EncodeError("not JSON");
     if (!json.is_object() || !json.contains("record") || !json["record"].is_string() || !json.contains("value"))
-        throw EncodeError("not an object with a \"record\" and a \"value\"");
+        throw EncodeError(R"(not an object with a "record" and a "value")");
     Capture capture;
     capture.record = json["record"].get<std::string>();
     if (json.contains("arena") && json["arena"].is_object() && json["arena"].contains("start"))

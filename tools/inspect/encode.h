@@ -16,6 +16,6 @@ public:
 
 // Takes "record" and "value" of what ToJson writes, and the arena's "start"; all else is ignored. The elements of a set are
 // written in the order in which they stand. Throws EncodeError.
-Capture Encode(std::string_view json);
+Capture Encode(std::string_view text);
 
 } // namespace inspect

@@ -87,6 +87,7 @@ private:
         std::size_t next = 1;
         return Members(next, 1);
     }
+    // NOLINTBEGIN(misc-no-recursion): no deeper than the records' tables nest
     // The nodes from `next` on that stand as deep as `depth`, as an object.
     Json Members(std::size_t& next, std::size_t depth)
     {
@@ -141,6 +142,8 @@ private:
         if (hasChild && message_.nodes[next].role == Role::Slot) return ValueAt(next);
         return Members(next, node.depth + 1u);
     }
+
+    // NOLINTEND(misc-no-recursion)
 
     static Json Number(const Node& node)
     {
