@@ -358,7 +358,7 @@ struct RecordFormatter {
             isOneLine = true;
             ++at;
         }
-        if (at != context.end() && *at != '}') throw fmt::format_error("a record's format is \"\" or \"c\"");
+        if (at != context.end() && *at != '}') throw fmt::format_error(R"(a record's format is "" or "c")");
         return at;
     }
     template <typename Source, typename Context>
