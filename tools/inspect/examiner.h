@@ -69,7 +69,7 @@ void SetNumber(Node& node, Value value)
 template <typename Kind, typename Domain, typename Wire>
 void SetInPlace(Node& node, const std::uint8_t* wire)
 {
-    const Domain value = Kind::template View<Domain, Wire>(wire, nullptr);
+    const auto value = Kind::template View<Domain, Wire>(wire, nullptr);
     if constexpr (std::is_same_v<Domain, bool>) {
         SetNumber(node, *wire); // the byte, which may be any
         node.content = Content::Flag;
