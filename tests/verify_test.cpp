@@ -200,6 +200,8 @@ TEST(Verify, FindsAnOptionalPastTheEndOrWithPartOfAnElement)
     };
     EXPECT_FALSE(verify({0, 32}).has_value());
     EXPECT_FALSE(verify({32, 0}).has_value());
+    // Of an absent record nothing is looked at, not even the bytes behind the arena.
+    EXPECT_FALSE(Verify<ServerConnectionParameters>({{}, {32, 0}, {}, {}}, arena.Get()).has_value());
     ExpectOutOfRangeFault(verify({17, 16}), {"timeouts", FaultKind::OutsideArena, {17, 16}, 1}, optionalCodec);
     ExpectOutOfRangeFault(verify({7, 24}), {"timeouts", FaultKind::PartOfElement, {7, 24}, 8}, optionalCodec);
     ExpectOutOfRangeFault(verify({33, 0}), {"timeouts", FaultKind::OutsideArena, {33, 0}, 1}, optionalCodec);
