@@ -4,6 +4,7 @@
 
 #include <common/all_records.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +21,14 @@ using ChooseSize = std::function<std::uint64_t(std::uint64_t limit)>;
 
 template <typename Record>
 Record Make(const ChooseSize& choose);
+
+// Every size as given, up to its limit. An empty range of identifiers cannot be written.
+template <typename Record>
+Record OfSize(std::uint64_t size)
+{
+    const std::uint64_t least = std::is_same_v<Record, VynUpdateIdentifiers> ? 1 : 0;
+    return Make<Record>([=](std::uint64_t limit) { return std::min(limit, std::max(size, least)); });
+}
 
 inline std::string MakeText(std::uint64_t size, std::uint64_t number = 0)
 {

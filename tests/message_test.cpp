@@ -3,55 +3,19 @@
 #include "any_record.h"
 #include "arena.h"
 #include "conversion.h"
+#include "counted_allocations.h"
 #include "errors.h"
 
 #include <common/message.h>
 
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <utility>
-
-namespace {
-
-bool counting = false;
-std::size_t allocations = 0;
-
-} // namespace
-
-// Not inlined, so that compilers do not take the pairs for mistakes.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    if (counting) ++allocations;
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
 using namespace vyn_connector;
 using namespace vyn_connector::common;
 using any_record::ChooseSize;
-
-// How many allocations `call` makes.
-template <typename Call>
-std::size_t CountAllocations(Call&& call)
-{
-    allocations = 0;
-    counting = true;
-    call();
-    counting = false;
-    return allocations;
-}
 
 // --- Every record ---
 
@@ -147,14 +111,14 @@ TYPED_TEST(EveryRecord, IsEncodedInOneAllocationOfJustTheSizeOrInNone)
         const std::size_t size = ArenaSize(record, 0);
         std::size_t encoded = 0;
         std::size_t capacity = 0;
-        const std::size_t made = CountAllocations([&] {
+        const Allocations made = CountAllocations([&] {
             const Message<TypeParam> message = Encode(record);
             encoded = message.arena.size();
             capacity = message.arena.capacity();
         });
         EXPECT_EQ(encoded, size);
         EXPECT_EQ(capacity, size);
-        EXPECT_EQ(made, size == 0 ? 0u : 1u);
+        EXPECT_EQ(made.count, size == 0 ? 0u : 1u);
     }
 }
 

@@ -73,13 +73,7 @@ class EveryRecord : public testing::Test {
 };
 TYPED_TEST_SUITE(EveryRecord, conversion::Records, );
 
-template <typename Record>
-Record OfSize(std::uint64_t size)
-{
-    // An empty range of identifiers cannot be written.
-    const std::uint64_t least = std::is_same_v<Record, VynUpdateIdentifiers> ? 1 : 0;
-    return any_record::Make<Record>([=](std::uint64_t limit) { return std::min(limit, std::max(size, least)); });
-}
+using any_record::OfSize;
 
 constexpr std::uint64_t sizes[] = {0, 1, 15, 16, 17, 200};
 

@@ -77,6 +77,13 @@ constexpr PointerClaim ClaimOf(const Codec& codec, zt_ptr_t pointer, std::uint64
     return {&codec, pointer, sizeof(Element), alignof(Element), fewest, most, allocates};
 }
 
+constexpr bool IsZero(const std::uint8_t* bytes, const std::uint8_t* end) noexcept
+{
+    for (; bytes != end; ++bytes)
+        if (*bytes != 0) return false;
+    return true;
+}
+
 // Short strings lie in the string object.
 inline std::uint64_t AllocatedByText(std::uint64_t size) noexcept
 {

@@ -37,8 +37,10 @@ public:
     }
     void Pop() noexcept { --depth_; }
     // Of the element that is looked at, in the innermost field.
-    void SetIndex(std::size_t index) noexcept { PutIndex(static_cast<std::uint32_t>(index)); }
-    void ClearIndex() noexcept { PutIndex(noIndex); }
+    void SetIndex(std::size_t index) noexcept
+    {
+        if (depth_ <= mostSteps) steps_[depth_ - 1].index = static_cast<std::uint32_t>(index);
+    }
 
 private:
     static constexpr std::uint32_t noIndex = 0xFFFFFFFF;
@@ -47,12 +49,8 @@ private:
         const char* name;
         std::uint32_t index;
     };
-    void PutIndex(std::uint32_t index) noexcept
-    {
-        if (depth_ <= mostSteps) steps_[depth_ - 1].index = index;
-    }
     std::size_t depth_ = 0;
-    Step steps_[mostSteps];
+    Step steps_[mostSteps]{}; // whole, since faults are copied
 };
 
 class Fault {

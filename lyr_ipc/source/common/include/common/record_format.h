@@ -369,6 +369,13 @@ struct RecordFormatter {
     }
 };
 
+// Asked where every record has said what it is to fmt.
+template <typename... Records>
+constexpr bool AreShownAsRecords(RecordList<Records...>)
+{
+    return ((!fmt::is_range<Records, char>::value && !fmt::is_tuple_like<Records>::value) && ...);
+}
+
 } // namespace detail
 
 template <typename Record, typename Access>
@@ -428,5 +435,7 @@ struct is_tuple_like<vyn_connector::VynSubscription> : std::false_type {
 template <>
 struct is_tuple_like<vyn_connector::VynSubscriptionsWithHash> : std::false_type {
 };
+static_assert(vyn_connector::common::detail::AreShownAsRecords(vyn_connector::common::AllRecords{}),
+              "a record that is a container or a pair is to be listed above");
 
 } // namespace fmt

@@ -1,7 +1,8 @@
 // Says of a received message whether its reader would take it, and if not, where and why, without reading it: nothing is
 // allocated and nothing thrown. For callers who distrust their peer.
 //
-// Verify finds a fault where the reader throws, the same fault first, and only there; running out of memory aside. What it
+// Verify finds a fault where the reader throws, or clears an event's status, the same fault first, and only there; running
+// out of memory aside. What it
 // costs is bounded by the size of the arena, however many elements point to the same bytes. A message that was found good
 // stays good as long as its bytes do not change: one in memory that its sender can still write is to be copied first.
 #pragma once

@@ -161,18 +161,30 @@ struct OnPath {
         return goesOn;
     }
     template <typename Element>
-    bool Indexed(std::size_t index, Element element)
+    bool Elements(const PointerClaim& claim, const std::uint8_t* first, Element element)
     {
-        path.SetIndex(index);
-        const bool goesOn = element();
-        path.ClearIndex();
-        return goesOn;
+        const std::size_t count = claim.pointer.size / claim.elementSize;
+        for (std::size_t i = 0; i < count; ++i) {
+            path.SetIndex(i);
+            if (!element(first + i * claim.elementSize, first)) return false;
+        }
+        return true;
+    }
+    template <std::size_t Width, typename Element>
+    bool Each(const std::uint8_t* wire, std::size_t count, Element element)
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            path.SetIndex(i);
+            if (!element(wire + i * Width)) return false;
+        }
+        return true;
     }
 
     FieldPath path;
 };
 
-// Tells `report(fault)` of each fault that a reader meets, in the reader's order, until that returns false.
+// Tells `report(fault)` of each fault that a reader meets, in the reader's order, until that returns false. With a budget,
+// it has to stop at the first.
 template <typename Report>
 struct FaultFinder : Tolerant, OnPath {
     static constexpr bool inWireOrder = false;
@@ -193,26 +205,12 @@ struct FaultFinder : Tolerant, OnPath {
     template <typename Element>
     bool Array(const PointerClaim& claim, Element element)
     {
-        return Follow(claim, [&](const std::uint8_t* first) {
-            const std::size_t count = claim.pointer.size / claim.elementSize;
-            for (std::size_t i = 0; i < count; ++i) {
-                const std::uint8_t* const place = first + i * claim.elementSize;
-                if (!Indexed(i, [&] { return element(place, first); })) return false;
-            }
-            return true;
-        });
+        return Follow(claim, [&](const std::uint8_t* first) { return Elements(claim, first, element); });
     }
     template <typename Element>
     bool Optional(const PointerClaim& claim, Element element)
     {
         return Follow(claim, [&](const std::uint8_t* slot) { return claim.pointer.size == 0 || element(slot); });
-    }
-    template <std::size_t Width, typename Element>
-    bool Each(const std::uint8_t* wire, std::size_t count, Element element)
-    {
-        for (std::size_t i = 0; i < count; ++i)
-            if (!Indexed(i, [&] { return element(wire + i * Width); })) return false;
-        return true;
     }
     bool EventText(zt_ptr_t pointer, std::uint64_t)
     {
@@ -235,13 +233,10 @@ private:
         if (!claim.allocatesFirst && !Take(claim.allocates, claim.pointer)) return false;
         return go(reinterpret_cast<const std::uint8_t*>(address));
     }
-    // The sum goes over the budget once.
     bool Take(std::uint64_t bytes, zt_ptr_t pointer)
     {
-        const bool wasOver = sum > budget;
         sum += bytes;
-        if (sum <= budget || wasOver) return true;
-        return report(Fault(FaultKind::OverBudget, path, pointer, sum - budget, budget));
+        return sum <= budget || report(Fault(FaultKind::OverBudget, path, pointer, sum - budget, budget));
     }
 
     Reach reach;
@@ -278,14 +273,7 @@ struct Departure : OnPath {
     bool Array(const PointerClaim& claim, Element element)
     {
         const std::uintptr_t address = Place(claim);
-        if (address == 0) return false;
-        const auto* const first = reinterpret_cast<const std::uint8_t*>(address);
-        const std::size_t count = claim.pointer.size / claim.elementSize;
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::uint8_t* const place = first + i * claim.elementSize;
-            if (!Indexed(i, [&] { return element(place, first); })) return false;
-        }
-        return true;
+        return address != 0 && Elements(claim, reinterpret_cast<const std::uint8_t*>(address), element);
     }
     template <typename Element>
     bool Optional(const PointerClaim& claim, Element element)
@@ -298,13 +286,6 @@ struct Departure : OnPath {
             return Report(PointerFault(path, claim, reach.bounds));
         if (claim.pointer.offset == 0) return true;
         return Report(Fault(FaultKind::Absent, path, claim.pointer, claim.pointer.offset, 0));
-    }
-    template <std::size_t Width, typename Element>
-    bool Each(const std::uint8_t* wire, std::size_t count, Element element)
-    {
-        for (std::size_t i = 0; i < count; ++i)
-            if (!Indexed(i, [&] { return element(wire + i * Width); })) return false;
-        return true;
     }
     // An empty string takes one byte, whose value is left to chance.
     bool EventText(zt_ptr_t pointer, std::uint64_t most)
@@ -343,13 +324,6 @@ struct Departure : OnPath {
     std::optional<Fault> found;
 
 private:
-    static bool IsZero(const std::uint8_t* bytes, const std::uint8_t* end)
-    {
-        for (; bytes != end; ++bytes)
-            if (*bytes != 0) return false;
-        return true;
-    }
-
     // The address of an array that stands where a writer would have put it, or 0.
     std::uintptr_t Place(const PointerClaim& claim)
     {

@@ -93,7 +93,7 @@ struct Entries {
             wire, MaxCount, [&](const std::uint8_t* entry) __attribute__((always_inline)) {
                 if constexpr (Visitor::isStrict) {
                     if (IsUnused<Record>(entry, wire, visit))
-                        return visit.Expect(IsZero(entry, wire + sizeof(Wire)), FaultKind::UnusedEntry);
+                        return visit.Expect(detail::IsZero(entry, wire + sizeof(Wire)), FaultKind::UnusedEntry);
                     if (!visit.Expect(!IsKeyUsed<Record>(entry, wire), FaultKind::Repeated)) return false;
                 }
                 return ExamineRecord<Record>(entry, visit);
@@ -119,21 +119,15 @@ struct Entries {
     }
 
 private:
-    static bool IsZero(const std::uint8_t* bytes, const std::uint8_t* end)
-    {
-        for (; bytes != end; ++bytes)
-            if (*bytes != 0) return false;
-        return true;
-    }
     // An entry that is all zero is also what a writer makes of severity 0 without names where nothing stands in the
     // arena yet. It can do so once.
     template <typename Record, typename Visitor>
     static bool IsUnused(const std::uint8_t* entry, const std::uint8_t* wire, const Visitor& visit)
     {
         constexpr std::size_t width = sizeof(WireOf<Record>);
-        if (!IsZero(entry, entry + width)) return false;
+        if (!detail::IsZero(entry, entry + width)) return false;
         for (; wire != entry; wire += width)
-            if (IsZero(wire, wire + width)) return true;
+            if (detail::IsZero(wire, wire + width)) return true;
         return !visit.WouldPlaceAt(0, alignof(zt_ptr_t));
     }
     template <typename Record>
