@@ -53,7 +53,6 @@ install(
     COMPONENT development)
 
 if(TARGET vyn-inspect)
-    vyn_connector_common_harden(vyn-inspect)
     install(TARGETS vyn-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT development)
     install(
         FILES tools/inspect/completions/vyn-inspect

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Reads from a shared library how hard a mistake in it is to use, and fails where something is missing:
+"""Reads from a shared library or a program how hard a mistake in it is to use, and fails where something is missing:
 
-    check_hardening.py --readelf READELF [--fortified] LIBRARY [OBJECT...]
+    check_hardening.py --readelf READELF [--fortified] BINARY [OBJECT...]
 
 The loader is told to fill in all addresses at once and to seal them, no segment is both writable and executable, nor is
-the stack, functions have guards on the stack, and on x86-64 the library and each object that it is made of keep to
-shadow stacks. With --fortified, which an optimised build deserves, copies that know their room check it."""
+the stack, a program can be loaded anywhere, functions have guards on the stack, and on x86-64 the binary and each object
+that it is made of keep to shadow stacks. On arm64 each object signs return addresses and has landing pads for jumps.
+With --fortified, which an optimised build deserves, copies that know their room check it."""
 import argparse
 import re
 import subprocess
@@ -24,12 +25,15 @@ def segments(readelf, library):
             yield segment[1], segment[2].replace(" ", "")
 
 
-def keeps_to_shadow_stacks(readelf, binary):
-    return re.search(r"x86 feature:.*\bSHSTK\b", read(readelf, "-n", binary))
+def has(readelf, binary, feature):
+    return re.search(rf" feature:.*\b{feature}\b", read(readelf, "-n", binary))
 
 
 def problems(readelf, library, objects, fortified):
+    header = read(readelf, "-h", library)
     flags = list(segments(readelf, library))
+    if not re.search(r"Type:\s+DYN\b", header):
+        yield "the program is always loaded at the same address (its type is not DYN)"
     if not any(name == "LOAD" for name, _ in flags):
         yield f"{library} has no segments that are loaded"
     for name, flag in flags:
@@ -48,12 +52,14 @@ def problems(readelf, library, objects, fortified):
     if fortified and not any(name.endswith("_chk") for name in imported):
         yield "no copy checks the room that it has (no function that ends in _chk is imported)"
 
-    if "X86-64" in read(readelf, "-h", library):
-        if not keeps_to_shadow_stacks(readelf, library):
-            yield "returns are not protected (no SHSTK among the x86 features)"
+    machine = re.search(r"Machine:.*\b(X86-64|AArch64)\b", header)
+    if machine and machine[1] == "X86-64" and not has(readelf, library, "SHSTK"):
+        yield "returns are not protected (no SHSTK among the x86 features)"
+    # The start-up code that Debian 12 links into every binary for arm64 has neither, so none of them says that it has.
+    for feature in {"X86-64": ["SHSTK"], "AArch64": ["PAC", "BTI"]}.get(machine[1] if machine else "", []):
         for built in objects:
-            if not keeps_to_shadow_stacks(readelf, built):
-                yield f"returns are not protected in {built}"
+            if not has(readelf, built, feature):
+                yield f"returns or jumps are not protected in {built} (no {feature})"
 
 
 def main():

@@ -33,14 +33,14 @@ if platform.machine() == "x86_64":
     LINK.append("-Wl,-z,shstk")
 
 
-def said(*, without=(), extra=(), source=SOURCE):
+def said(*, without=(), extra=(), source=SOURCE, kind="-shared"):
     with tempfile.TemporaryDirectory() as folder:
         library, built = f"{folder}/library.so", f"{folder}/library.o"
         compile_flags = [flag for flag in COMPILE if flag not in without]
         link_flags = [flag for flag in LINK if flag not in without]
         subprocess.run([COMPILER, "-x", "c++", "-c", "-", "-o", built, *compile_flags], input=source, text=True,
                        check=True)
-        subprocess.run([COMPILER, "-shared", built, "-o", library, *link_flags, *extra], check=True)
+        subprocess.run([COMPILER, kind, built, "-o", library, *link_flags, *extra], check=True)
         result = subprocess.run([sys.executable, CHECK, "--readelf", READELF, "--fortified", library, built],
                                 stdout=subprocess.PIPE, text=True, check=False)
         output = result.stdout.replace(folder, "")
@@ -51,6 +51,13 @@ def said(*, without=(), extra=(), source=SOURCE):
 class CheckHardening(unittest.TestCase):
     def test_is_content_with_a_library_that_has_everything(self):
         self.assertEqual(said(), "")
+
+    def test_is_content_with_a_program_that_has_everything(self):
+        self.assertEqual(said(source=SOURCE + "int main() {}", kind="-pie"), "")
+
+    def test_notices_a_program_that_is_always_loaded_at_the_same_address(self):
+        self.assertEqual(said(source=SOURCE + "int main() {}", kind="-no-pie"),
+                         "the program is always loaded at the same address (its type is not DYN)\n")
 
     def test_notices_addresses_that_stay_writable(self):
         self.assertEqual(said(without=["-Wl,-z,relro"], extra=["-Wl,-z,norelro"]),
@@ -80,7 +87,7 @@ class CheckHardening(unittest.TestCase):
     def test_notices_returns_without_protection(self):
         self.assertEqual(said(without=["-Wl,-z,shstk"]),
                          "returns are not protected (no SHSTK among the x86 features)\n")
-        self.assertEqual(said(without=["-fcf-protection=return"]), "returns are not protected in /library.o\n")
+        self.assertEqual(said(without=["-fcf-protection=return"]), "returns or jumps are not protected in /library.o (no SHSTK)\n")
 
 
 if __name__ == "__main__":
