@@ -243,15 +243,15 @@ Value Take(kind::Entries<MaxCount>, Source& source)
     }
     return value;
 }
+template <typename Values, std::size_t... I>
+Values TakeTexts(Source& source, std::index_sequence<I...>)
+{
+    return Values{{(static_cast<void>(I), Take<std::string>(kind::Text<0>{}, source))...}};
+}
 template <typename Values, std::size_t Count, std::size_t MaxBytes>
 Values Take(kind::EventTexts<Count, MaxBytes>, Source& source)
 {
-    Values values;
-    for (std::string& value : values) {
-        const std::size_t size = source.Size();
-        value.assign(source.TakeText(size), size);
-    }
-    return values;
+    return TakeTexts<Values>(source, std::make_index_sequence<Count>{});
 }
 
 template <typename Row>

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the performance page and its pictures from what scripts/bench has measured.
+"""Writes the performance page, its pictures and a line of reading.md from what scripts/bench has measured.
 
     report.py TIMES.json THREADS.json INSTRUCTIONS.txt PAGE.md"""
 import json
@@ -24,6 +24,7 @@ ALONE = {
     "subscriptions": "subscriptions: 4 severities, 128 names each",
     "identifiers": "ten update identifiers",
     "event": "an event with all its strings",
+    "event random": "the same with strings of random lengths",
 }
 DIRECTIONS = ("write", "read")
 HAND, TRUSTED, VIEW, VERIFIED, READER = ("by hand", "this library, trusted", "this library, view",
@@ -49,7 +50,9 @@ class Times:
     def __init__(self, path):
         self.samples = {}
         self.bytes = {}
-        for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
+        measured = json.loads(pathlib.Path(path).read_text())
+        self.load = measured["context"]["load_avg"][0]
+        for run in measured["benchmarks"]:
             if run["run_type"] == "iteration":
                 self.samples.setdefault(run["run_name"], []).append(run["real_time"])
                 self.bytes[run["run_name"]] = run["bytes"]
@@ -296,7 +299,7 @@ def page(times, threads, instructions):
     return f"""# Performance
 
 What it costs to convert a record, and to look at one in its message, beside what it costs other serializers, and
-beside a floor that nobody can go below. This page and its pictures are written by
+beside a floor: the bytes copied, without any check. This page and its pictures are written by
 
     scripts/bench
 
@@ -376,7 +379,7 @@ again; whatever message objects or builders a library needs in between are part 
 allows that. Reading builds a new record, whose destruction is part of the time. Before anything is measured, each
 library's result is compared with the original. Everybody is called through a pointer: this library's functions in its
 shared library as it is installed, the others through a virtual function. All run in one process, bound to one core, in
-random order. FlatBuffers' messages are verified before they are read; texts are bytes to Protocol Buffers and Cap'n
+random order; memory that was given back stays with the process. FlatBuffers' messages are verified before they are read; texts are bytes to Protocol Buffers and Cap'n
 Proto, so that nobody pays for an encoding. zpp_bits, struct_pack and bitsery take part where
 `-DVYN_CONNECTOR_COMMON_BENCH_PEERS=FOLDER`, an argument of `scripts/bench`, names a folder with their headers.
 
@@ -390,8 +393,19 @@ are read with room for a hundred and sixty by either, as the format asks for.
 
 An instruction count is the difference between 15 runs and 5 under Callgrind, divided by ten, in a process of its own.
 
-Machine: {machine()}
+Machine: {machine()} Its load was {times.load:.2f} when the measuring began.
 """
+
+
+def update_reading(page, times):
+    """The line of the page on ways to read that says what each of them takes."""
+    reader, verified, view, trusted = (number(times.median(f"B/{look}")) for look in (
+        f"verify/{READER}", f"verify/{VERIFIED}", f"one text/{VIEW}", f"one text/{TRUSTED}"))
+    head = "| takes, for record B of [the benchmarks](performance.md) |"
+    line = f"{head} {reader} ns | {view} ns for a text | {verified} ns, then {trusted} ns for a text |"
+    lines = page.read_text().splitlines()
+    lines[[other.startswith(head) for other in lines].index(True)] = line
+    page.write_text("\n".join(lines) + "\n")
 
 
 def main():
@@ -406,6 +420,7 @@ def main():
     target.parent.mkdir(exist_ok=True)
     target.write_text(page(times, threads, instructions))
     target.with_name("performance.svg").write_text(bars(times))
+    update_reading(target.with_name("reading.md"), times)
     target.with_name("growth.svg").write_text(curves(times, instructions))
 
 

@@ -1,4 +1,5 @@
-# Sourced by the scripts. `step NAME COMMAND...` announces a step, runs it, and ends the script where it fails.
+# Sourced by the scripts. `step NAME COMMAND...` announces a step, runs it, and ends the script where it fails. The shell
+# does not end inside COMMAND, whatever `set -e` says: a function returns its failures itself.
 step() {
     stepName=$1
     shift

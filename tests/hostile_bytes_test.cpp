@@ -6,6 +6,8 @@
 #include "../fuzz/model/message.h"
 #include "arena.h"
 
+#include <common/all_records.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -241,6 +243,11 @@ TEST_P(HostileBytes, NoArenaAndOneWithoutAddresses)
         if (&Layout() == &model::vynEvent) continue; // takes its arena by reference
         EXPECT_EQ(Describe(GetParam().read(each->wire, nullptr)), Describe(Read(Layout(), each->wire, nullptr)));
     }
+}
+
+TEST(RecordsOfTheModel, AreAsManyAsTheLibraryHas)
+{
+    EXPECT_EQ(library::Records().size(), vyn_connector::common::AllRecords::size);
 }
 
 INSTANTIATE_TEST_SUITE_P(Records, HostileBytes, testing::ValuesIn(library::Records()), Name);

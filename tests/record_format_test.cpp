@@ -69,6 +69,13 @@ TEST(RecordFormat, FlagsTimesAndEmptyTexts)
                 "{fileName: \"\", field2: true, field3: false, timestamp: 2001-09-09 01:46:40 UTC, fileSize: 9}");
 }
 
+TEST(RecordFormat, TextsThatLookLikeOurWordsAreQuoted)
+{
+    EXPECT_EQ(fmt::format("{}", FileInfoParams{"(empty)"}), "fileName                        \"(empty)\"");
+    EXPECT_EQ(fmt::format("{}", FileInfoParams{"********"}), "fileName                        \"********\"");
+    EXPECT_EQ(fmt::format("{}", FileInfoParams{"empty)"}), "fileName                        empty)");
+}
+
 TEST(RecordFormat, TimesBefore1970)
 {
     FileInfo info;
@@ -116,7 +123,7 @@ TEST(RecordFormat, Subscriptions)
 {
     ExpectShown(VynSubscription{VynEventSeverity::Severity2, {"b", "a", "c, d"}},
                 "severity                        2\n"
-                "eventTypes                      a, b, c, d",
+                "eventTypes                      a, b, \"c, d\"",
                 "{severity: 2, eventTypes: [\"a\", \"b\", \"c, d\"]}");
 
     VynSubscriptionsWithHash subscriptions;
@@ -165,6 +172,15 @@ TEST(RecordFormat, LongTextsAreShortenedBetweenCharacters)
     const std::string cut = std::string(126, 'x') + "\xe2\x82\xac";
     EXPECT_THAT(fmt::format("{:c}", ClientCertParams{cut, "", false, 0}),
                 HasSubstr("{field1: \"" + std::string(126, 'x') + "\"... (129 bytes), "));
+}
+
+TEST(RecordFormat, LongTextsWithoutCharactersAreShortenedToo)
+{
+    std::string shown;
+    for (int i = 0; i < 125; ++i)
+        shown += R"(\x80)";
+    EXPECT_EQ(fmt::format("{}", FileInfoParams{std::string(200, '\x80')}),
+              "fileName                        " + shown + "... (200 bytes)");
 }
 
 TEST(RecordFormat, LongListsAndSetsAreCut)

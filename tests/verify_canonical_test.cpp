@@ -254,6 +254,9 @@ TEST(VerifyCanonical, FindsBytesBehindTheTop)
     ExpectTolerated(VerifyCanonical<Credentials>({{0, 4}, {4, 3}}, arena.Get()),
                     {"password", FaultKind::BehindTop, {4, 3}, 3},
                     "password: 3 bytes behind the used part of the arena");
+    ExpectTolerated(VerifyCanonical<Credentials>({{0, 4}, {4, 1}}, arena.Get()),
+                    {"password", FaultKind::BehindTop, {4, 1}, 1},
+                    "password: 1 byte behind the used part of the arena");
 }
 
 TEST(VerifyCanonical, FindsBytesBeforeTheFirstField)
@@ -270,6 +273,8 @@ TEST(VerifyCanonical, FindsBytesThatNoFieldOwns)
                     "2 bytes of the arena at offset 4 belong to no field");
     ExpectTolerated(VerifyCanonical<VynServerData>({7}, arena.Get()), {"", FaultKind::Unowned, {0, 0}, 6},
                     "6 bytes of the arena at offset 0 belong to no field");
+    ExpectTolerated(VerifyCanonical<Credentials>({{0, 4}, {4, 1}}, arena.Get()), {"", FaultKind::Unowned, {0, 0}, 1},
+                    "1 byte of the arena at offset 5 belongs to no field");
 }
 
 // --- What is to be zero ---

@@ -49,17 +49,17 @@ constexpr zt_ptr_t bad{0xFFFFFFF0, 16};
 // --- What never changes ---
 
 template <typename Record>
-constexpr bool
-    isNoexcept = noexcept(Verify<Record>(std::declval<const WireOf<Record>&>(), nullptr)) && noexcept(Verify<Record>(
-        std::declval<const WireOf<Record>&>(), nullptr,
-        std::
-            uint64_t{})) && noexcept(DecodedSize<Record>(std::declval<const WireOf<Record>&>(),
-                                                         nullptr)) && noexcept(Verified<Record>(std::
-                                                                                                    declval<
-                                                                                                        const WireOf<
-                                                                                                            Record>&>(),
-                                                                                                nullptr));
-static_assert(isNoexcept<AppInfo> && isNoexcept<VynEvent> && isNoexcept<VynUpdateIdentifiers>);
+void NothingThrows(const WireOf<Record>& wire)
+{
+    static_assert(noexcept(Verify<Record>(wire, nullptr)));
+    static_assert(noexcept(Verify<Record>(wire, nullptr, 0)));
+    static_assert(noexcept(VerifyCanonical<Record>(wire, nullptr)));
+    static_assert(noexcept(DecodedSize<Record>(wire, nullptr)));
+    static_assert(noexcept(Verified<Record>(wire, nullptr)));
+}
+template void NothingThrows<AppInfo>(const WireOf<AppInfo>&);
+template void NothingThrows<VynEvent>(const WireOf<VynEvent>&);
+template void NothingThrows<VynUpdateIdentifiers>(const WireOf<VynUpdateIdentifiers>&);
 
 static_assert(noexcept(std::declval<const Fault&>().Kind()) && noexcept(std::declval<const Fault&>().Pointer()));
 static_assert(noexcept(std::declval<const Fault&>().MissesBy()) && noexcept(std::declval<const Fault&>().IsRefused()));

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 # Debian's Python and no other, for it has Selenium.
-"""Looks at the built site in a browser that has no network: check_browser.py SITE [PICTURES]. No page is wider than a
-phone or loads with an error, and the search finds what it is asked for, from a server and from files. With a folder
-PICTURES every page is photographed into it, as phone and desktop show it, light and dark."""
+"""Looks at the built site in a browser that has no network: check_browser.py SITE [PICTURES]. No page is wider than the
+screen of a phone or a desktop or loads with an error, and the search finds what it is asked for, from a server and from
+files. With a folder PICTURES every page is photographed into it, as phone and desktop show it, light and dark."""
 
 import functools
 import http.server
@@ -49,7 +49,7 @@ def check_page(driver, page, width):
 
 def check_pages(driver, address, pages, pictures):
     problems = []
-    for device, width in WIDTHS.items() if pictures else [("phone", WIDTHS["phone"])]:
+    for device, width in WIDTHS.items():
         for scheme in ("light", "dark") if pictures else ["light"]:
             show_as(driver, width, 900, scheme)
             for page in pages:

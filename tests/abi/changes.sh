@@ -6,6 +6,7 @@ cd "$(dirname "$0")/../.."
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
+trap 'exit 1' HUP INT TERM
 cp -R CMakeLists.txt CMakePresets.json cmake scripts lyr_ipc runtime abi "$copy"
 # Layouts and names do not depend on it, and it compiles in a third of the time.
 sed -i 's/"CMAKE_CXX_FLAGS": "-g"/"CMAKE_CXX_FLAGS": "-g", "CMAKE_CXX_FLAGS_RELEASE": "-O1"/' "$copy/CMakePresets.json"

@@ -7,6 +7,7 @@ cd "$(dirname "$0")/../.."
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 1' HUP INT TERM
 # Caches of compiled objects would answer with the same file for both.
 export CCACHE_DISABLE=1
 unset CMAKE_CXX_COMPILER_LAUNCHER
@@ -26,7 +27,8 @@ for flags in "" -g; do
     build "$long" "$flags"
     for built in "$short" "$long"; do
         library=$built/out/libvyn_connector_common.so
-        if strings -a "$library" | grep -F "$work"; then
+        strings -a "$library" >"$work/strings"
+        if grep -F "$work" "$work/strings"; then
             echo "reproducible: the library holds the path where it was built" >&2
             exit 1
         fi

@@ -24,6 +24,12 @@ for file in "$libDir/$library" "$libDir/pkgconfig/vyn_connector_common.pc" \
     include/vyn_connector_common/common/version.h include/vyn_connector_common/mur/exception.h; do
     echo "$development" | grep -Fx "./$file"
 done
+# The inspector, where the build has it.
+if echo "$development" | grep -Fx ./bin/vyn-inspect; then
+    for file in share/man/man1/vyn-inspect.1 share/bash-completion/completions/vyn-inspect; do
+        echo "$development" | grep -Fx "./$file"
+    done
+fi
 if echo "$development" | grep -F "$library."; then
     echo 'The development component holds the library itself.' >&2
     exit 1

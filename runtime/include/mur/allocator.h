@@ -1,5 +1,5 @@
 // The runtime's allocator object and the message string's binding to it. Whoever wants exception messages in
-// memory of his own implements the interface; without an object malloc and free are used.
+// memory of its own implements the interface; without an object malloc and free are used.
 #pragma once
 
 #include <mur/export.h>

@@ -27,8 +27,8 @@ struct WrittenAs {
 };
 
 // A row that joins a member of the domain record with one of the wire structure: all but the padding and the members
-// that do not travel. It has `offset`, `width`, `name`, `Kind` and
-// its words in the table, `kind`, and `InDomain::Of(record)`, which is the member.
+// that do not travel. It has `offset`, `width`, `name`, `Kind` and its words in the table, `kind`, and
+// `InDomain::Of(record)`, which is the member.
 template <typename Row, typename = void>
 inline constexpr bool isField = false;
 template <typename Row>

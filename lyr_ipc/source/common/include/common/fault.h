@@ -114,6 +114,8 @@ public:
     }
 
 private:
+    static std::string Bytes(std::uint64_t count) { return fmt::format("{} byte{}", count, count == 1 ? "" : "s"); }
+
     // What no codec has words for.
     std::string Words() const
     {
@@ -136,9 +138,10 @@ private:
         case FaultKind::Misplaced:
             return fmt::format("{}: at offset {} of the arena and not at {}", path, pointer_.offset, expected_);
         case FaultKind::BehindTop:
-            return fmt::format("{}: {} bytes behind the used part of the arena", path, missesBy_);
+            return fmt::format("{}: {} behind the used part of the arena", path, Bytes(missesBy_));
         case FaultKind::Gap:
-            return fmt::format("{}: the gap before it, {} bytes at offset {}, is not zero", path, missesBy_, expected_);
+            return fmt::format("{}: the gap before it, {} at offset {}, is not zero", path, Bytes(missesBy_),
+                               expected_);
         case FaultKind::Padding:
             return fmt::format("{}: not zero", path);
         case FaultKind::Flag:
@@ -152,7 +155,8 @@ private:
         case FaultKind::Unowned:
             break;
         }
-        return fmt::format("{} bytes of the arena at offset {} belong to no field", missesBy_, expected_);
+        return fmt::format("{} of the arena at offset {} belong{} to no field", Bytes(missesBy_), expected_,
+                           missesBy_ == 1 ? "s" : "");
     }
 
     FieldPath path_;

@@ -46,11 +46,11 @@ inline constexpr std::size_t mostShownBytes = 128;
 inline constexpr std::size_t mostShownElements = 100;
 inline constexpr std::size_t valueColumn = 32;
 
-// Cut between characters.
+// Cut between characters, of which none has more than four bytes.
 inline std::string_view Beginning(std::string_view text)
 {
     std::size_t end = mostShownBytes;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+    while (end > mostShownBytes - 3 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
         --end;
     return text.substr(0, end);
 }
@@ -61,9 +61,11 @@ inline std::string Quoted(std::string_view text)
     return fmt::format("{:?}... ({} bytes)", Beginning(text), text.size());
 }
 
+// As it is, but for a text that looks like one of the words that stand for a value.
 inline std::string Unquoted(std::string_view text)
 {
     if (text.empty()) return "(empty)";
+    if (text.front() == '(' || text == "********") return Quoted(text);
     const std::string quoted = fmt::format("{:?}", text.size() <= mostShownBytes ? text : Beginning(text));
     std::string plain;
     for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
@@ -213,7 +215,7 @@ public:
     {
         std::vector<std::string> plain;
         for (const std::string_view text : Shown(texts, isSet))
-            plain.push_back(isSet ? Unquoted(text) : Quoted(text));
+            plain.push_back(isSet && text.find(',') == std::string_view::npos ? Unquoted(text) : Quoted(text));
         if (texts.size() > mostShownElements) plain.push_back(More(texts.size()));
         if (isSet)
             Put(plain.empty() ? "(none)" : fmt::format("{}", fmt::join(plain, ", ")));

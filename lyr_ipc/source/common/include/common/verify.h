@@ -2,9 +2,9 @@
 // allocated and nothing thrown. For callers who distrust their peer.
 //
 // Verify finds a fault where the reader throws, or clears an event's status, the same fault first, and only there; running
-// out of memory aside. What it
-// costs is bounded by the size of the arena, however many elements point to the same bytes. A message that was found good
-// stays good as long as its bytes do not change: one in memory that its sender can still write is to be copied first.
+// out of memory aside. What it costs is bounded by the size of the arena, however many elements point to the same bytes,
+// for no list lies in the elements of another. A message that was found good stays good as long as its bytes do not
+// change: one in memory that its sender can still write is to be copied first.
 #pragma once
 
 #include <common/detail/visitors.h>
@@ -102,7 +102,7 @@ std::optional<VerifiedView<Record>> Verified(const WireOf<Record>&& wire, const 
 // repeated element of a set; and bytes of the used part that no field owns. The order of a set's elements is free, as is
 // the byte that an event's empty string takes. The arena's start is to be aligned as it was when the message was written;
 // writers align addresses, not offsets. Padding counts: a wire structure that was filled by hand and not received may
-// have any.
+// have any. Reading subscriptions adds an entry for severity 0, so that these alone are not written again as they were.
 template <typename Record>
 std::optional<Fault> VerifyCanonical(const WireOf<Record>& wire, const zt_arena* arena) noexcept
 {

@@ -1,4 +1,5 @@
-// How the kinds of field find what a wire pointer names.
+// How the kinds of field find what a wire pointer names. Readers and views call it for each pointer; an address that it
+// gives is one of the arena's, with room for the whole size, or it raises what the codec raises.
 #pragma once
 
 #include <common/detail/codec.h>
@@ -10,6 +11,11 @@ namespace vyn_connector::common::detail {
 // What a null arena is read as: nothing lies in it, so the first pointer that is looked at fails.
 inline constexpr Bounds nullArena{0, 0};
 
+constexpr bool IsNullArena(Bounds bounds) noexcept
+{
+    return bounds.start == nullArena.start && bounds.limit == nullArena.limit;
+}
+
 inline Bounds BoundsOf(const zt_arena* arena) noexcept
 {
     if (arena == nullptr) return nullArena;
@@ -20,7 +26,7 @@ inline Bounds BoundsOf(const zt_arena* arena) noexcept
 [[noreturn, gnu::cold, gnu::noinline]] inline void RaiseUnresolved(const char* file, int arenaCheck, const char* text,
                                                                    Bounds arena, zt_ptr_t pointer)
 {
-    if (arena.start == nullArena.start && arena.limit == nullArena.limit) mur::raise_invalid_argument(file, arenaCheck);
+    if (IsNullArena(arena)) mur::raise_invalid_argument(file, arenaCheck);
     if (text == nullptr) mur::raise_result_code(mur::resultOutOfSpace);
     RaiseOutside(text, pointer.offset);
 }

@@ -1,4 +1,5 @@
-// How views reach what a wire pointer names: with the reader's test, or, in a message that was verified, without.
+// How views reach what a wire pointer names: with the reader's test, or, in a message that was verified, without. Views
+// and visitors carry one of the two along; neither allocates, and the second never raises.
 #pragma once
 
 #include <common/description.h>
@@ -18,11 +19,6 @@ inline Reach ReachOf(const zt_arena* arena) noexcept
 {
     if (arena == nullptr) return {nullArena, 0};
     return {BoundsOf(arena), reinterpret_cast<std::uintptr_t>(arena->top)};
-}
-
-constexpr bool IsNullArena(Bounds bounds) noexcept
-{
-    return bounds.start == nullArena.start && bounds.limit == nullArena.limit;
 }
 
 // Whether the pointer lies in the used part of an arena.
