@@ -163,6 +163,8 @@ TYPED_TEST(EveryRecord, IsReadFromReadOnlyMemoryOrNotAtAllWhenAnAllocationFails)
         bool same = false;
         FailEachAllocation([&] { same = message.Read() == expected; });
         EXPECT_TRUE(same);
+    } else {
+        EXPECT_EQ(expected, conversion::Full<TypeParam>());
     }
 }
 

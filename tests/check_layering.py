@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks which files include which: the runtime nothing of the conversion layer, public headers only each other,
-the standard library and fmt, tests, fuzzers, tools and examples no private header, and no tool a source of the
+the standard library and fmt, nobody but the library's own sources a private header, and no tool a source of the
 examples. Takes the source tree's root."""
 import pathlib
 import re
@@ -51,11 +51,11 @@ def main():
             if not (name in public or name.startswith("fmt/") or STANDARD_HEADER.match(name)):
                 refuse(path, number, name, "a public header includes the standard library, fmt and public headers only")
 
-    for path in files(root, "tests", "fuzz", "examples", "tools"):
+    for path in files(root, "tests", "fuzz", "examples", "tools", "benchmarks", "docs"):
         for number, quoted, name in includes(path):
             own_header = quoted and (path.parent / name).exists()
             if not own_header and pathlib.PurePath(name).name in private or "source/" in name:
-                refuse(path, number, name, "tests, fuzzers, tools and examples include public headers only")
+                refuse(path, number, name, "only the library's own sources include its private headers")
 
     example_headers = {path.name for path in files(root, "examples") if path.suffix == ".h"}
     for path in files(root, "tools"):

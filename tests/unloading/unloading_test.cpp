@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <exception>
@@ -215,10 +216,11 @@ TEST(UnloadingDeathTest, EndsTheProcessThatDropsAnExceptionOfTheLibrarysOwnAfter
             const Opened library(LIBRARY_FILE);
             error = InvalidArgument(Conversions(library));
         }
+        std::fputs("dropping it", stderr);
         error = nullptr;
         std::_Exit(0);
     };
-    EXPECT_DEATH(dropTooLate(), "");
+    EXPECT_DEATH(dropTooLate(), "dropping it");
 }
 
 TEST(Unloading, OfAPluginFindsTheLibraryCompleteInItsFirstAndItsLastStaticObject)

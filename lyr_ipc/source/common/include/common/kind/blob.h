@@ -1,4 +1,5 @@
-// The kind of an array of bytes: a pointer to them.
+// The kind of an array of bytes: a pointer to them. Tables name it as Blob: a writer refuses more than maxBlobSize
+// bytes; a reader takes whatever lies in the arena.
 #pragma once
 
 #include <common/array_view.h>

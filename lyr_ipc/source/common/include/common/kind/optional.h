@@ -1,4 +1,5 @@
-// The kind of an optional member: a pointer to an array of no or one element of another kind.
+// The kind of an optional member: a pointer to an array of no or one element of another kind. Tables name it as
+// Optional<Kind>: what is absent is written as {0, 0}; of several elements a reader takes the first.
 #pragma once
 
 #include <common/detail/get.h>

@@ -1,4 +1,5 @@
-// The kind of a vector of described records that is written from two iterators into it: the update identifiers.
+// The kind of a vector of described records that is written from two iterators into it: the update identifiers. Tables
+// name it as Range<N>: a writer refuses none and more than N elements, a reader takes any number.
 #pragma once
 
 #include <common/kind/list.h>

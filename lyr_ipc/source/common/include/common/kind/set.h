@@ -1,5 +1,5 @@
 // The kind of a set of strings: a pointer to an array of elements of another kind, in no fixed order, none of which is
-// meant twice.
+// meant twice. Tables name it as Set<N, Kind>: a writer refuses more than N elements; a reader drops those that repeat.
 #pragma once
 
 #include <common/array_view.h>

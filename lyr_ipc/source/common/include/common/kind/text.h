@@ -1,4 +1,5 @@
-// The kind of a string: a pointer to its bytes.
+// The kind of a string: a pointer to its bytes. Tables name it as Text<N>: a writer refuses more than N bytes; a reader
+// takes whatever lies in the arena.
 #pragma once
 
 #include <common/detail/get.h>
