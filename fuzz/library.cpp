@@ -54,8 +54,8 @@ model::Outcome ReadValue(const std::string& bytes, const zt_arena* arena)
     std::optional<Record> record;
     const std::uint64_t before = bytesAskedFor;
     outcome.failure = FailureOf([&] { record = Read<Record>(wire, arena, outcome.status); });
-    if (record)
-        Require(bytesAskedFor - before <= common::DecodedSize<Record>(wire, arena), "reading takes over DecodedSize");
+    const std::uint64_t taken = bytesAskedFor - before;
+    if (record) Require(taken <= common::DecodedSize<Record>(wire, arena), "reading takes more than DecodedSize");
     CheckLooks<Record>(wire, arena, outcome.failure, outcome.status, record ? &*record : nullptr);
     if (!record) return outcome;
     if (arena != nullptr && outcome.status) CheckCanonical<Record>(wire, *arena, *record);
