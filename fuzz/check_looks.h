@@ -173,6 +173,8 @@ void CheckLooks(const common::WireOf<Record>& wire, const zt_arena* arena, const
     }
 
     Require(common::ToRecord(view) == *record, name + "ToRecord gives another record");
+    if constexpr (std::is_same_v<Record, VynEvent>)
+        Require(common::Conversion<Record>::Read(wire, arena) == *record, name + "Decode gives another record");
     const auto verified = common::Verified<Record>(wire, arena);
     Require(verified.has_value(), name + "no view of a message without a fault");
     Looks().Look(*verified, record);
@@ -182,6 +184,7 @@ void CheckLooks(const common::WireOf<Record>& wire, const zt_arena* arena, const
     if (size == 0) return;
     const auto over = common::Verify<Record>(wire, arena, size - 1);
     Require(over.has_value() && over->Kind() == common::FaultKind::OverBudget, name + "within a budget of less");
+    Require(FailureOfFault<Record>(*over)->text == over->Text(), name + "Raise and Text differ");
 }
 
 // Without the entry for severity 0 that reading adds to subscriptions.

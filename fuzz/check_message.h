@@ -71,7 +71,9 @@ inline void CheckInLastArena(const library::Conversions& record, const MessageIn
         const model::WirePointer wire = model::GetPointer(input.message.wire, pointer.at);
         if (wire.size != 0 && std::uint64_t{wire.offset} + wire.size <= capacity) return;
     }
-    const zt_arena last = LastAddresses(capacity, input.startMod16);
+    zt_arena last = LastAddresses(capacity, input.startMod16);
+    // VerifyCanonical looks at the gap before an empty array, but only in the used part.
+    if (&layout != &model::vynEvent) last.top = last.start;
     const model::Arena arena{reinterpret_cast<std::uintptr_t>(last.start), capacity, input.message.arena.bytes};
     RequireSame(layout, record.read(input.message.wire, &last), Read(layout, input.message.wire, &arena), "reading");
 }

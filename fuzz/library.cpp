@@ -52,7 +52,10 @@ model::Outcome ReadValue(const std::string& bytes, const zt_arena* arena)
     std::memcpy(&wire, bytes.data(), sizeof(wire));
     model::Outcome outcome;
     std::optional<Record> record;
+    const std::uint64_t before = bytesAskedFor;
     outcome.failure = FailureOf([&] { record = Read<Record>(wire, arena, outcome.status); });
+    const std::uint64_t taken = bytesAskedFor - before;
+    if (record) Require(taken <= common::DecodedSize<Record>(wire, arena), "reading takes more than DecodedSize");
     CheckLooks<Record>(wire, arena, outcome.failure, outcome.status, record ? &*record : nullptr);
     if (!record) return outcome;
     if (arena != nullptr && outcome.status) CheckCanonical<Record>(wire, *arena, *record);

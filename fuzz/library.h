@@ -13,6 +13,9 @@
 
 namespace library {
 
+// The bytes that operator new was asked for so far, in a program that counts them: see memory_limit.h.
+inline std::uint64_t bytesAskedFor = 0;
+
 // One record's conversions. Values come in and go out as the model's.
 struct Conversions {
     const model::Layout* layout;

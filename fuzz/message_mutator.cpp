@@ -1,5 +1,6 @@
-// Mutates the wire pointers of a message, which libFuzzer by itself would rarely hit upon: they lie where the layouts
-// say, in the structure and, found by following those, in the arena. Every other time libFuzzer does what it does best.
+// Mutates the wire pointers of a message, its severities and its top, whose telling values libFuzzer by itself would
+// rarely hit upon. The pointers lie where the layouts say, in the structure and, found by following those, in the arena.
+// Every other time libFuzzer does what it does best.
 #include "message_input.h"
 
 #include <algorithm>
@@ -78,6 +79,26 @@ public:
         std::memcpy(data + at, bytes.data(), bytes.size());
     }
 
+    // One of the severities, or the number behind them.
+    void TurnSeverity(std::uint8_t* data, std::size_t size)
+    {
+        for (const model::Field& field : ParseMessageInput(data, size).layout->fields) {
+            const std::size_t at = messageInputHeader + field.offset;
+            if (field.kind != model::Kind::Severity || at + field.width > size) continue;
+            std::memset(data + at, 0, field.width);
+            data[at] = static_cast<std::uint8_t>(Below(5));
+        }
+    }
+
+    // The top anywhere in the arena.
+    void TurnTop(std::uint8_t* data, std::size_t size)
+    {
+        const std::size_t top = Below(ParseMessageInput(data, size).message.arena.bytes.size() + 1);
+        if (size < messageInputHeader) return;
+        data[2] = static_cast<std::uint8_t>(top & 0xFF);
+        data[3] = static_cast<std::uint8_t>(top >> 8);
+    }
+
     std::size_t Below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random); }
 
 private:
@@ -92,5 +113,7 @@ std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::s
     if (mutator.Below(2) == 0) return LLVMFuzzerMutate(data, size, maxSize);
     for (std::size_t turns = 1 + mutator.Below(3); turns > 0; --turns)
         mutator.TurnPointer(data, size);
+    if (mutator.Below(4) == 0) mutator.TurnSeverity(data, size);
+    if (mutator.Below(4) == 0) mutator.TurnTop(data, size);
     return size;
 }

@@ -91,6 +91,34 @@ private:
     Input& input;
 };
 
+// The room up to the end of one of the record's parts, or a byte less or more: where each test for room has its edge.
+std::size_t RoomForAPart(const library::Conversions& record, const model::Value& value, std::size_t startMod16,
+                         std::size_t top, std::size_t chosen)
+{
+    model::Value inOrder;
+    zt_arena none{};
+    record.write(value, &none, &inOrder); // for the order alone
+
+    model::Message message;
+    message.arena.start = 0x1000 + startMod16;
+    message.arena.top = top;
+    message.arena.bytes.resize(top + record.arenaSize(inOrder, message.arena.start + top));
+    const model::Outcome written = Write(*record.layout, inOrder, &message.arena);
+    message.wire = written.wire;
+
+    std::vector<std::uint64_t> ends{message.arena.top};
+    if (!written.failure.has_value()) {
+        for (const model::PointerAt& at : PointersOf(*record.layout, message)) {
+            const model::WirePointer pointer =
+                model::GetPointer(at.inArena ? message.arena.bytes : message.wire, at.at);
+            const std::uint64_t end = std::uint64_t{pointer.offset} + pointer.size;
+            if (end >= top && end <= message.arena.top) ends.push_back(end);
+        }
+    }
+    const std::uint64_t room = ends[chosen / 3 % ends.size()] - top + chosen % 3;
+    return room == 0 ? 0 : room - 1;
+}
+
 } // namespace
 
 void Check(const std::uint8_t* data, std::size_t size)
@@ -101,9 +129,9 @@ void Check(const std::uint8_t* data, std::size_t size)
     const unsigned flags = input.Byte();
     const std::size_t startMod16 = flags & MessageInput::StartMod16;
     const std::size_t top = input.Byte();
-    const std::size_t room = input.Number(2) % 3000;
-    const bool large = input.Byte() >= 0xF0; // a blob at its limit fits, and every execution is slow
-    const std::size_t capacity = top + room + (large ? 70000 : 0);
+    const std::size_t chosen = input.Number(2);
+    const std::size_t room = chosen % 3000;
+    const unsigned kindOfRoom = input.Byte();
     const model::Value value = Chosen(input).Structure(*record.layout);
 
     model::Value inOrder;
@@ -130,6 +158,11 @@ void Check(const std::uint8_t* data, std::size_t size)
         return;
     }
 
+    std::size_t capacity = top + room;
+    if (kindOfRoom >= 0xF0) // a blob at its limit fits, and every execution is slow
+        capacity += 70000;
+    else if (kindOfRoom >= 0xC0)
+        capacity = top + RoomForAPart(record, value, startMod16, top, chosen);
     ArenaBuffer buffer(std::string(capacity, '\xA5'), startMod16, top);
     std::string wire;
     if (!CheckWrite(record, value, buffer, wire)) return;

@@ -81,7 +81,7 @@ private:
     }
 
     std::uint64_t count = 0;
-    std::uint64_t severity = 0;
+    std::uint64_t severity = 1; // a bit away from 3, the highest
 };
 
 inline Value FullValue(const Layout& layout)
