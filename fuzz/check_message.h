@@ -10,13 +10,6 @@
 #include <cstddef>
 #include <string>
 
-inline std::string Describe(const model::Outcome& outcome)
-{
-    if (!outcome.failure.has_value()) return outcome.status ? "success" : "success, but failed";
-    const model::Failure& failure = *outcome.failure;
-    return failure.type + " " + failure.text + " " + failure.file + ":" + std::to_string(failure.line);
-}
-
 inline void RequireSame(const model::Layout& layout, const model::Outcome& library, const model::Outcome& expected,
                         const std::string& doing)
 {

@@ -26,13 +26,6 @@ std::string Name(const testing::TestParamInfo<library::Conversions>& info)
     return info.param.layout->name;
 }
 
-std::string Describe(const model::Outcome& outcome)
-{
-    if (!outcome.failure.has_value()) return outcome.status ? "written" : "written, and failed";
-    const model::Failure& failure = *outcome.failure;
-    return failure.type + ": " + failure.text + ", " + failure.file + ":" + std::to_string(failure.line);
-}
-
 struct Written {
     model::Outcome outcome;
     std::size_t moved; // the top, in bytes
@@ -89,7 +82,7 @@ TEST_P(ArenaExhaustion, EachCapacityUntilItFits)
                         EXPECT_EQ(written.outcome.status, fits) << capacity;
                     } else {
                         EXPECT_EQ(Describe(written.outcome),
-                                  fits ? "written" : "mur::ResultCodeException: 0x80000062 (Out of space), :0")
+                                  fits ? "done" : "mur::ResultCodeException: 0x80000062 (Out of space), :0")
                             << capacity;
                     }
                     if (fits) {
@@ -222,11 +215,15 @@ TEST_P(ArenaExhaustion, NoArenaAndOneWithoutAddresses)
         model::Arena modelUnset;
         model::Value inOrder;
         const model::Outcome outcome = Record().write(value, &unset, &inOrder);
-        EXPECT_EQ(Describe(outcome), Describe(Write(Layout(), inOrder, &modelUnset)));
+        const model::Outcome expected = Write(Layout(), inOrder, &modelUnset);
+        EXPECT_EQ(Describe(outcome), Describe(expected));
+        EXPECT_EQ(outcome.wire, expected.wire);
         EXPECT_EQ(unset.top, nullptr);
         if (IsEvent()) continue; // takes its arena by reference
         const model::Outcome without = Record().write(value, nullptr, &inOrder);
-        EXPECT_EQ(Describe(without), Describe(Write(Layout(), inOrder, nullptr)));
+        const model::Outcome expectedWithout = Write(Layout(), inOrder, nullptr);
+        EXPECT_EQ(Describe(without), Describe(expectedWithout));
+        EXPECT_EQ(without.wire, expectedWithout.wire);
     }
 }
 

@@ -32,13 +32,6 @@ std::string Name(const testing::TestParamInfo<library::Conversions>& info)
     return info.param.layout->name;
 }
 
-std::string Describe(const model::Outcome& outcome)
-{
-    if (!outcome.failure.has_value()) return outcome.status ? "a record" : "a record, and failed";
-    const model::Failure& failure = *outcome.failure;
-    return failure.type + ": " + failure.text + ", " + failure.file + ":" + std::to_string(failure.line);
-}
-
 // The library's buffer, which can be spoilt again and again.
 class Reading {
 public:

@@ -60,6 +60,13 @@ struct Outcome {
     std::string wire;   // what was written
 };
 
+inline std::string Describe(const Outcome& outcome)
+{
+    if (!outcome.failure.has_value()) return outcome.status ? "done" : "done, and failed";
+    const Failure& failure = *outcome.failure;
+    return failure.type + ": " + failure.text + ", " + failure.file + ":" + std::to_string(failure.line);
+}
+
 // The arena's bytes from its start to its end. Only the remainder of `start` and whether it is null matter.
 struct Arena {
     std::uint64_t start = 0;
