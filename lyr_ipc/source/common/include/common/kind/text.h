@@ -36,7 +36,8 @@ struct Text {
                                                   detail::Room room)
     {
         if (value.size() > MaxBytes) return detail::refused;
-        return detail::PutBytes(value.data(), value.size(), wire, at, room);
+        constexpr bool areMany = MaxBytes > 512; // the name of a file, a certificate
+        return detail::PutBytes<areMany>(value.data(), value.size(), wire, at, room);
     }
     template <typename Domain, typename Wire>
     static Domain Read(const std::uint8_t* wire, detail::Bounds arena)
