@@ -57,10 +57,12 @@ template <typename Word>
     }
 }
 
-// Most strings and blobs are short and copied in place: calls would take their writers up to a third longer.
+// Most strings and blobs are short and copied in place: calls would take their writers up to a third longer. Where they
+// are expected to be long, a call copies them.
+template <bool IsLong = false>
 [[gnu::always_inline]] inline void CopyBytes(std::uint8_t* to, const void* data, std::size_t size) noexcept
 {
-    if (size >= 8 && size <= 64)
+    if (!IsLong && size >= 8 && size <= 64)
         CopyShort(to, static_cast<const std::uint8_t*>(data), size);
     else
         CopyAny(to, data, size);
@@ -74,17 +76,14 @@ template <typename Word>
 }
 
 // Copies the bytes, whose number a limit bounds, to position `at`, points `wire` at them, and returns the position behind
-// them. Where they are expected to be many, a call copies them.
-template <bool AreMany = false>
+// them.
+template <bool IsLong = false>
 [[gnu::always_inline]] inline std::size_t PutBytes(const void* data, std::size_t size, std::uint8_t* wire,
                                                    std::size_t at, Room room) noexcept
 {
     if (at + size > room.size) return refused;
     StorePointer(wire, at, size);
-    if constexpr (AreMany)
-        CopyAny(room.start + at, data, size);
-    else
-        CopyBytes(room.start + at, data, size);
+    CopyBytes<IsLong>(room.start + at, data, size);
     return at + size;
 }
 
