@@ -102,7 +102,7 @@ template <typename Domain, typename Source>
 
 // Returns the wire structure of `value`, padding zero, and puts what it refers to into the arena.
 template <typename Domain, typename Source = Domain>
-WireOf<Domain> ToWire(const Source& value, zt_arena* arena)
+[[gnu::always_inline]] inline WireOf<Domain> ToWire(const Source& value, zt_arena* arena)
 {
     WireOf<Domain> wire;
     auto* const bytes = reinterpret_cast<std::uint8_t*>(&wire);

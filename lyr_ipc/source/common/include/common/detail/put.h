@@ -16,31 +16,57 @@ struct Room {
 
 inline constexpr std::size_t refused = static_cast<std::size_t>(-1);
 
-// Strings are short: up to 64 bytes are copied by loads and stores that overlap in the middle.
-[[gnu::noinline]] inline void CopyBytes(std::uint8_t* to, const void* data, std::size_t size) noexcept
+// Copies the first and the last word of `size` bytes; they may overlap.
+template <typename Word>
+[[gnu::always_inline]] inline void CopyEnds(std::uint8_t* to, const std::uint8_t* from, std::size_t size) noexcept
+{
+    Word first;
+    Word last;
+    std::memcpy(&first, from, sizeof(Word));
+    std::memcpy(&last, from + size - sizeof(Word), sizeof(Word));
+    std::memcpy(to, &first, sizeof(Word));
+    std::memcpy(to + size - sizeof(Word), &last, sizeof(Word));
+}
+
+// Copies 8 to 64 bytes.
+[[gnu::always_inline]] inline void CopyShort(std::uint8_t* to, const std::uint8_t* from, std::size_t size) noexcept
+{
+    using Words = std::array<std::uint64_t, 2>;
+    if (size < sizeof(Words)) {
+        CopyEnds<std::uint64_t>(to, from, size);
+    } else {
+        CopyEnds<Words>(to, from, size);
+        // What is left in the middle; where it is less than a word, its words reach into those at the ends.
+        if (size > 2 * sizeof(Words))
+            CopyEnds<Words>(to + sizeof(Words), from + sizeof(Words), size - 2 * sizeof(Words));
+    }
+}
+
+[[gnu::noinline]] inline void CopyAny(std::uint8_t* to, const void* data, std::size_t size) noexcept
 {
     const auto* const from = static_cast<const std::uint8_t*>(data);
-    const auto copyEnds = [&](auto first) {
-        auto last = first;
-        std::memcpy(&first, from, sizeof(first));
-        std::memcpy(&last, from + size - sizeof(last), sizeof(last));
-        std::memcpy(to, &first, sizeof(first));
-        std::memcpy(to + size - sizeof(last), &last, sizeof(last));
-    };
-    if (size > 64)
+    if (size > 64) {
         std::memcpy(to, from, size);
-    else if (size > 32)
-        copyEnds(std::array<std::uint64_t, 4>{});
-    else if (size >= 16)
-        copyEnds(std::array<std::uint64_t, 2>{});
-    else if (size >= 8)
-        copyEnds(std::uint64_t{});
-    else if (size >= 4)
-        copyEnds(std::uint32_t{});
-    else if (size >= 2)
-        copyEnds(std::uint16_t{});
-    else if (size == 1)
-        *to = *from;
+    } else if (size >= 8) {
+        CopyShort(to, from, size);
+    } else if (size >= 4) {
+        CopyEnds<std::uint32_t>(to, from, size);
+    } else if (size != 0) {
+        to[0] = from[0];
+        to[size / 2] = from[size / 2];
+        to[size - 1] = from[size - 1];
+    }
+}
+
+// Most strings and blobs are short and copied in place: calls would take their writers up to a third longer. Where they
+// are expected to be long, a call copies them.
+template <bool IsLong = false>
+[[gnu::always_inline]] inline void CopyBytes(std::uint8_t* to, const void* data, std::size_t size) noexcept
+{
+    if (!IsLong && size >= 8 && size <= 64)
+        CopyShort(to, static_cast<const std::uint8_t*>(data), size);
+    else
+        CopyAny(to, data, size);
 }
 
 // The pointer's two words are stored one by one: put together first, they would cost three instructions more.
@@ -52,12 +78,13 @@ inline constexpr std::size_t refused = static_cast<std::size_t>(-1);
 
 // Copies the bytes, whose number a limit bounds, to position `at`, points `wire` at them, and returns the position behind
 // them.
+template <bool IsLong = false>
 [[gnu::always_inline]] inline std::size_t PutBytes(const void* data, std::size_t size, std::uint8_t* wire,
                                                    std::size_t at, Room room) noexcept
 {
     if (at + size > room.size) return refused;
     StorePointer(wire, at, size);
-    CopyBytes(room.start + at, data, size);
+    CopyBytes<IsLong>(room.start + at, data, size);
     return at + size;
 }
 
@@ -75,10 +102,11 @@ template <typename Wire>
 }
 
 // Takes room for `count` elements, whose number a limit bounds, zeroes the gap before them, points `wire` at them, and
-// returns the position of the first. The caller writes every byte of them; the next position is behind them.
-template <typename Wire>
-[[gnu::always_inline]] inline std::size_t PutArray(std::size_t count, std::uint8_t* wire, std::size_t at,
-                                                   Room room) noexcept
+// returns `put(first, next)`: `put` writes every byte of the elements from address `first` on, and puts what belongs to
+// them from position `next` on, which is behind them.
+template <typename Wire, typename Put>
+[[gnu::always_inline]] inline std::size_t PutArray(std::size_t count, std::uint8_t* wire, std::size_t at, Room room,
+                                                   Put put) noexcept
 {
     const std::size_t first = ArrayAt<Wire>(at, room);
     const std::size_t size = count * sizeof(Wire);
@@ -89,23 +117,22 @@ template <typename Wire>
     else
         ZeroGap(room.start + at, first - at);
     StorePointer(wire, first, size);
-    return first;
+    return put(room.start + first, first + size);
 }
 
-// The same for `count` values from `value` on, each put by `put(value, element, at)`; the position is the one behind all.
+// The same for `count` values from `value` on, each put by `put(value, element, at)`.
 template <typename Wire, typename Iterator, typename Put>
 [[gnu::always_inline]] inline std::size_t PutElements(Iterator value, std::size_t count, std::uint8_t* wire,
                                                       std::size_t at, Room room, Put put) noexcept
 {
-    at = PutArray<Wire>(count, wire, at, room);
-    if (at == refused) return refused;
-    std::uint8_t* element = room.start + at;
-    at += count * sizeof(Wire);
-    for (; count > 0; --count, ++value, element += sizeof(Wire)) {
-        at = put(*value, element, at);
-        if (at == refused) return refused;
-    }
-    return at;
+    return PutArray<Wire>(
+        count, wire, at, room, [&](std::uint8_t * element, std::size_t next) __attribute__((always_inline)) {
+            for (std::size_t left = count; left > 0; --left, ++value, element += sizeof(Wire)) {
+                next = put(*value, element, next);
+                if (next == refused) break;
+            }
+            return next;
+        });
 }
 
 } // namespace vyn_connector::common::detail

@@ -92,7 +92,7 @@ struct EventText : Text<MaxBytes> {
         const std::size_t end = at + detail::EventTextSize(value.size());
         if (value.size() > MaxBytes || end > room.size) return detail::refused;
         detail::StorePointer(wire, at, value.size());
-        detail::CopyBytes(room.start + at, value.data(), value.size());
+        detail::CopyBytes<Text<MaxBytes>::isLong>(room.start + at, value.data(), value.size());
         return end;
     }
     template <typename Domain, typename Wire>

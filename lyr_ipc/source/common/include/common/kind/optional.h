@@ -54,9 +54,10 @@ struct Optional {
             detail::StorePointer(wire, 0, 0);
             return at;
         }
-        at = detail::PutArray<Slot>(1, wire, at, room);
-        if (at == detail::refused) return detail::refused;
-        return Kind::template Put<Slot>(*value, room.start + at, at + sizeof(Slot), room);
+        return detail::PutArray<Slot>(
+            1, wire, at, room, [&](std::uint8_t * slot, std::size_t next) __attribute__((always_inline)) {
+                return Kind::template Put<Slot>(*value, slot, next, room);
+            });
     }
     template <typename Domain, typename Wire>
     static Domain Read(const std::uint8_t* wire, detail::Bounds arena)

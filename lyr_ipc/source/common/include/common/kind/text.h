@@ -13,6 +13,7 @@ namespace vyn_connector::common::kind {
 template <std::size_t MaxBytes>
 struct Text {
     static constexpr std::size_t limit = MaxBytes;
+    static constexpr bool isLong = MaxBytes > 512; // the name of a file, a certificate
 
     template <typename Domain, typename Wire>
     static constexpr bool fits = std::is_same_v<Domain, std::string>&& std::is_same_v<Wire, zt_ptr_t>;
@@ -37,7 +38,7 @@ struct Text {
                                                   detail::Room room)
     {
         if (value.size() > MaxBytes) return detail::refused;
-        return detail::PutBytes(value.data(), value.size(), wire, at, room);
+        return detail::PutBytes<isLong>(value.data(), value.size(), wire, at, room);
     }
     template <typename Domain, typename Wire>
     static Domain Read(const std::uint8_t* wire, detail::Bounds arena)
