@@ -27,6 +27,16 @@ struct Alternatings {
     std::vector<Alternating> items;
 };
 
+// Records whose gap is the largest from one top alone.
+struct Early {
+    std::string text;
+    std::optional<wem::types::Timestamp> time;
+};
+struct Late {
+    std::string text;
+    std::optional<wem::types::Timestamp> time;
+};
+
 } // namespace vyn_connector
 
 struct tq_vyn_connector_VynTypes_Odd {
@@ -42,6 +52,14 @@ struct tq_vyn_connector_VynTypes_Alternating {
 struct tq_vyn_connector_VynTypes_Alternatings {
     zt_ptr_t items;
 };
+struct tq_vyn_connector_VynTypes_Early {
+    zt_ptr_t text;
+    zt_ptr_t time;
+};
+struct tq_vyn_connector_VynTypes_Late {
+    zt_ptr_t text;
+    zt_ptr_t time;
+};
 
 namespace vyn_connector::common {
 
@@ -54,6 +72,12 @@ VYN_RECORD(Alternating, Alternating, 16, 4,
     VYN_FIELD(8, 8, slot, Optional<Text<128>>));
 VYN_RECORD(Alternatings, Alternatings, 8, 4,
     VYN_FIELD(0, 8, items, List<1001>));
+VYN_RECORD(Early, Early, 16, 4,
+    VYN_FIELD(0, 8, text, Text<1>),
+    VYN_FIELD(8, 8, time, Optional<Time>));
+VYN_RECORD(Late, Late, 16, 4,
+    VYN_FIELD(0, 8, text, Text<2>),
+    VYN_FIELD(8, 8, time, Optional<Time>));
 
 } // namespace vyn_connector::common
 
@@ -234,6 +258,12 @@ TEST(MaxArenaSize, CountsTheLargestGapBeforeAnAlignedElement)
     EXPECT_EQ(MaxArenaSize<ClientCertInfo>(), 2u * 16384 + 3 + 8 + 128);
     // Gaps: 7 before the first time stamp, none before the second, none before the string's slot.
     EXPECT_EQ(MaxArenaSize<LicenseKeyInfo>(), 7u + 8 + 8 + 8 + 128);
+}
+
+TEST(MaxArenaSize, CountsTheLargestGapThoughOnlyTheFirstTopOrTheLastLeavesIt)
+{
+    EXPECT_EQ(MaxArenaSize<Early>(), 1u + 7 + 8); // from a top that is aligned
+    EXPECT_EQ(MaxArenaSize<Late>(), 2u + 7 + 8);  // from a top before an aligned one
 }
 
 TEST(MaxArenaSize, OfTheParametersIsThatOfTheLargestCountThatTheyMayHave)

@@ -269,6 +269,7 @@ TEST(Decode, ThrowsWhatTheReaderThrowsForIdentifiersOutside)
 TEST(Decode, NamesTheStringOfAnEventThatLiesOutside)
 {
     Message<VynEvent> message = Encode(VynEvent{});
+    message.wire.severity = 3; // the highest
     message.wire.field3.offset = 15;
     ExpectOutOfRange([&] { Decode(message); },
                      "vyn event: field3: zt_arena does not contain an element with the address 15");

@@ -14,6 +14,38 @@
 #include <ctime>
 #include <memory>
 
+namespace vyn_connector {
+
+// A record with more behind its flags than any of the library's.
+struct Flagged {
+    bool first{};
+    bool second{};
+    bool third{};
+    bool fourth{};
+    std::string text;
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Flagged {
+    std::uint8_t first;
+    std::uint8_t second;
+    std::uint8_t third;
+    std::uint8_t fourth;
+    zt_ptr_t text;
+};
+
+namespace vyn_connector::common {
+
+VYN_RECORD(Flagged, Flagged, 12, 4,
+    VYN_FIELD(0, 1, first,  Flag),
+    VYN_FIELD(1, 1, second, Flag),
+    VYN_FIELD(2, 1, third,  Flag),
+    VYN_FIELD(3, 1, fourth, Flag),
+    VYN_FIELD(4, 8, text,   Text<128>));
+
+} // namespace vyn_connector::common
+
 namespace {
 
 using namespace vyn_connector;
@@ -408,6 +440,21 @@ TEST(Fault, NamesTheIndexOfAnEventsString)
                 "vyn event: stringArray[8]: zt_arena does not contain an element with the address 300");
 }
 
+TEST(Fault, LeavesOutOfItsPathWhatIsDeeperThanEightSteps)
+{
+    FieldPath path;
+    for (const char* name : {"a", "b", "c", "d", "e", "f", "g", "h"})
+        path.Push(name);
+    path.SetIndex(7);
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g.h[7]");
+    path.Push("i");
+    path.SetIndex(9);
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g.h[7]");
+    path.Pop();
+    path.Pop();
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g");
+}
+
 TEST(Fault, IsTheSameWhenItsMessageIsGone)
 {
     std::optional<Fault> fault;
@@ -458,6 +505,13 @@ TEST(Verify, GoesOnBehindEachFault)
 
     EXPECT_EQ(PathsOf<ServerConnectionParameters>(message.wire, message.arena.Get()),
               (Paths{"address", "proxy.address", "proxy.credentials.userName", "ssl", "timeouts"}));
+}
+
+TEST(Verify, GoesOnBehindAFlagOfAnyValue)
+{
+    const TestArena arena(16);
+    EXPECT_EQ(PathsOf<Flagged>({0, 1, 2, 0xFF, bad}, arena.Get()), (Paths{"text"}));
+    EXPECT_EQ(DecodedSize<Flagged>({0, 1, 2, 0xFF, {0, 16}}, arena.Get()), 17u);
 }
 
 TEST(Verify, GoesOnBehindEachFaultOfAnElement)
@@ -616,6 +670,17 @@ TEST(DecodedSize, CountsNothingForABadPointerAndGoesOnBehindIt)
     event.field6 = {1, 31};
     event.severity = 9;
     EXPECT_EQ(DecodedSize<VynEvent>(event, arena.Get()), 32u);
+    WireOf<AppInfo> info{};
+    info.productInfo.updCfgArray.items = {1, 32};
+    info.deviceInfo.field15 = {0, 32};
+    EXPECT_EQ(DecodedSize<AppInfo>(info, arena.Get()), 33u);
+}
+
+TEST(DecodedSize, CountsNothingForAnAbsentValue)
+{
+    TestArena arena(100, 0, 100);
+    arena.Put(0, BytesOf(zt_ptr_t{20, 80}));
+    EXPECT_EQ(DecodedSize<LicenseKeyInfo>({}, arena.Get()), 0u);
 }
 
 TEST(DecodedSize, CountsAnOptionalsValueOnceHoweverManyElementsItHas)
@@ -660,7 +725,9 @@ TEST(DecodedSize, CountsARepeatedElementOfASetAsIfItWereKept)
     TestArena arena(116, 0, 116);
     Put(arena, 0, {16, 100});
     Put(arena, 8, {16, 100});
+    // A string and seven words, sixteen words for the first of them, and its bytes.
     const std::uint64_t once = DecodedSize<VynSubscription>({0, {0, 8}}, arena.Get());
+    EXPECT_EQ(once, sizeof(std::string) + 7 * 8 + 16 * 8 + 101);
     const std::uint64_t twice = DecodedSize<VynSubscription>({0, {0, 16}}, arena.Get());
     EXPECT_GE(twice, once + 101 + sizeof(std::string));
 }
