@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -188,6 +189,20 @@ TEST(MessageString, UsesMallocAndFreeWithoutAnAllocatorObject)
     // What it gives up, free takes; what malloc gave, it frees.
     std::free(string.data);
     string.data = static_cast<char16_t*>(std::malloc((string.capacity + 1) * sizeof(char16_t)));
+}
+
+TEST(MessageString, GivesBackWhatItTookFromMalloc)
+{
+    const auto inUse = [] {
+        const auto info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const std::u16string text = Letters(1000);
+    const std::size_t before = inUse();
+    {
+        const wide_string string(text);
+    }
+    EXPECT_EQ(inUse(), before);
 }
 
 TEST(MessageString, BuiltFromAViewKeepsUpToSevenCharactersInline)
@@ -670,6 +685,14 @@ TEST(MessageString, FreesTheOldHeapBufferAtOnceWithoutAKeeper)
     allocator.calls.clear();
     string.reserve_extra(nullptr, 7);
     EXPECT_THAT(allocator.calls, ElementsAre("allocate 58", "free 30"));
+}
+
+TEST(MessageString, AKeeperHoldsNothingAtFirst)
+{
+    const Keep keep;
+    EXPECT_EQ(keep.pointer, nullptr);
+    EXPECT_EQ(keep.allocator, nullptr);
+    EXPECT_EQ(keep.count, 0u);
 }
 
 TEST(MessageString, KeepsABufferFromMallocForTheKeeperToFree)

@@ -13,6 +13,7 @@
 
 #include <ctime>
 #include <memory>
+#include <sys/mman.h>
 
 namespace vyn_connector {
 
@@ -173,6 +174,40 @@ TYPED_TEST(EveryRecord, IsWithinABudgetOfItsDecodedSizeAndOverOneOfAByteLess)
         EXPECT_TRUE(fault->Kind() == FaultKind::OverBudget);
         EXPECT_EQ(fault->MissesBy(), 1u);
         EXPECT_FALSE(Verified<TypeParam>(message.wire, arena, bytes - 1).has_value());
+    }
+}
+
+// Memory whose last bytes are these, with none behind them that could be read.
+class AtTheEnd {
+public:
+    AtTheEnd(const void* bytes, std::size_t size)
+        : start(static_cast<std::uint8_t*>(
+              mmap(nullptr, 2 * most, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    {
+        if (start == MAP_FAILED || size > most || mprotect(End(), most, PROT_NONE) != 0) throw std::bad_alloc();
+        if (size != 0) std::memcpy(End() - size, bytes, size);
+    }
+    ~AtTheEnd() { munmap(start, 2 * most); }
+    AtTheEnd(const AtTheEnd&) = delete;
+    AtTheEnd& operator=(const AtTheEnd&) = delete;
+
+    std::uint8_t* End() const { return start + most; }
+
+private:
+    static constexpr std::size_t most = 1 << 16;
+    std::uint8_t* start;
+};
+
+TYPED_TEST(EveryRecord, IsVerifiedWithoutALookAtWhatIsBehindIt)
+{
+    using Wire = WireOf<TypeParam>;
+    for (const std::uint64_t size : {0u, 1u, 3u}) {
+        const Received<TypeParam> message(OfSize<TypeParam>(size));
+        const std::size_t capacity = message.arena.Capacity();
+        const AtTheEnd wire(&message.wire, sizeof(Wire));
+        const AtTheEnd bytes(message.arena.Start(), capacity);
+        const zt_arena arena{bytes.End() - capacity, bytes.End(), bytes.End()};
+        EXPECT_FALSE(Verify<TypeParam>(*reinterpret_cast<const Wire*>(wire.End() - sizeof(Wire)), &arena).has_value());
     }
 }
 
@@ -524,6 +559,34 @@ TEST(Verify, GoesOnBehindEachFaultOfAnElement)
     Put(certs.arena, OffsetOf(array, 4, &WireOf<ClientCertInfo>::field3), bad);
     EXPECT_EQ(PathsOf<std::vector<ClientCertInfo>>(certs.wire, certs.arena.Get()),
               (Paths{"certs[1].field2", "certs[1].field3", "certs[1].field4", "certs[4].field3"}));
+}
+
+// What would be read around the message is all zero, and so without a fault.
+TEST(Verify, FindsAFaultOfAnyElementAlone)
+{
+    std::uint8_t memory[256]{};
+    zt_arena arena{memory + 128, memory + 256, memory + 256};
+    std::memcpy(memory + 192, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 16}}, &arena), (Paths{"items[0].field1"}));
+    std::memcpy(memory + 200, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 16}}, &arena), (Paths{"items[0].field1", "items[0].field2"}));
+    std::memcpy(memory + 208, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 32}}, &arena),
+              (Paths{"items[0].field1", "items[0].field2", "items[1].field1"}));
+
+    WireOf<VynSubscriptions> wires[2]{};
+    Paths all;
+    for (std::size_t i = 0; i < 4; ++i) {
+        all.push_back("entries[" + std::to_string(i) + "].eventTypes");
+        wires[1].entries[i].eventTypes = bad;
+        EXPECT_EQ(PathsOf<VynSubscriptions>(wires[1], &arena), (Paths{all.back()}));
+        wires[1].entries[i].eventTypes = {};
+    }
+    for (auto& entry : wires[1].entries)
+        entry.eventTypes = bad;
+    EXPECT_EQ(PathsOf<VynSubscriptions>(wires[1], &arena), all);
+
+    EXPECT_EQ(PathsOf<LicenseInfo>({{129, 0}, {129, 0}}, &arena), (Paths{"keyInfo1", "keyInfo2"}));
 }
 
 TEST(Verify, GoesOnBehindEachFaultOfAnEvent)
