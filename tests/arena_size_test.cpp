@@ -36,6 +36,9 @@ struct Late {
     std::string text;
     std::optional<wem::types::Timestamp> time;
 };
+struct OneEarly {
+    std::vector<Early> items;
+};
 
 } // namespace vyn_connector
 
@@ -60,6 +63,9 @@ struct tq_vyn_connector_VynTypes_Late {
     zt_ptr_t text;
     zt_ptr_t time;
 };
+struct tq_vyn_connector_VynTypes_OneEarly {
+    zt_ptr_t items;
+};
 
 namespace vyn_connector::common {
 
@@ -78,6 +84,8 @@ VYN_RECORD(Early, Early, 16, 4,
 VYN_RECORD(Late, Late, 16, 4,
     VYN_FIELD(0, 8, text, Text<2>),
     VYN_FIELD(8, 8, time, Optional<Time>));
+VYN_RECORD(OneEarly, OneEarly, 8, 4,
+    VYN_FIELD(0, 8, items, List<1>));
 
 } // namespace vyn_connector::common
 
@@ -274,6 +282,7 @@ TEST(MaxArenaSize, OfTheParametersIsThatOfTheLargestCountThatTheyMayHave)
 TEST(MaxArenaSize, CountsElementsWhoseGapsDiffer)
 {
     EXPECT_EQ(MaxArenaSize<Odds>(), 3u + 13 * (8 + 3));
+    EXPECT_EQ(MaxArenaSize<OneEarly>(), 3u + 16 + 1 + 7 + 8);
 
     std::size_t most = 0;
     for (std::size_t top = 0; top < 8; ++top) {

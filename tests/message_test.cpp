@@ -17,6 +17,8 @@ using namespace vyn_connector;
 using namespace vyn_connector::common;
 using any_record::ChooseSize;
 
+static_assert(noexcept(ArenaOf(nullptr, 0)));
+
 // --- Every record ---
 
 // An empty range of identifiers cannot be written.

@@ -15,6 +15,8 @@ using common::RawVynParam;
 using testing::HasSubstr;
 using testing::Not;
 
+static_assert(noexcept(common::MemberId<&Credentials::userName>()));
+
 // As the record itself, and as a view of its message.
 template <typename Record>
 void ExpectShown(const Record& record, const std::string& tree, const std::string& line)

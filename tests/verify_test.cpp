@@ -97,6 +97,8 @@ static_assert(isNoexcept<AppInfo> && isNoexcept<VynEvent> && isNoexcept<VynUpdat
 static_assert(noexcept(std::declval<const Fault&>().Kind()) && noexcept(std::declval<const Fault&>().Pointer()));
 static_assert(noexcept(std::declval<const Fault&>().MissesBy()) && noexcept(std::declval<const Fault&>().IsRefused()));
 static_assert(noexcept(std::declval<const Fault&>().Exception()));
+static_assert(noexcept(std::declval<FieldPath&>().Push("")) && noexcept(std::declval<FieldPath&>().Pop()));
+static_assert(noexcept(std::declval<FieldPath&>().SetIndex(0)));
 static_assert(std::is_trivially_copyable_v<Fault>);
 
 // --- Every record ---

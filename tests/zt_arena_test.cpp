@@ -84,6 +84,10 @@ TEST(ArenaTypes, NoOperationThrows)
     std::size_t count = 0;
     EXPECT_TRUE(noexcept(zt_arena_reserve(&arena, 0, 1)));
     EXPECT_TRUE(noexcept(vyn_connector::common::detail::Claim(&arena, 0, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::BoundsBetween(0, 0)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::Holds({}, pointer, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::Resolve({}, pointer, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::AlignUp(0, 1)));
     EXPECT_TRUE(noexcept(zt_arena_resolve(&arena, &pointer, 1, &count)));
 }
 
