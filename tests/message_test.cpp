@@ -242,6 +242,12 @@ TEST(Encode, NamesTheFirstFieldOnTheWireThatIsTooLong)
     ExpectLengthError([&] { Encode(event); }, "vyn event: field1: 129 bytes, at most 128");
 }
 
+TEST(Conversion, OfAnEventThrowsOutOfSpaceWhereItDoesNotFit)
+{
+    TestArena arena(13); // each of its fourteen strings takes a byte
+    ExpectOutOfSpace([&] { Conversion<VynEvent>::Write(VynEvent{}, arena.Get()); });
+}
+
 // --- What the reader throws ---
 
 TEST(Decode, ThrowsWhatTheReaderThrowsForAPointerOutside)
