@@ -77,6 +77,8 @@ static_assert(std::is_nothrow_default_constructible_v<wide_string>);
 static_assert(std::is_nothrow_constructible_v<wide_string, mur::allocator_interface*>);
 static_assert(noexcept(static_cast<std::u16string_view>(std::declval<const wide_string&>())));
 static_assert(noexcept(std::declval<Keep&>().reset(nullptr, nullptr, 0)));
+static_assert(noexcept(abi_v1_allocator::AddReference(nullptr)) && noexcept(abi_v1_allocator::Allocate(nullptr, 0)));
+static_assert(noexcept(abi_v1_allocator::ReleaseReference(nullptr)) && noexcept(abi_v1_allocator::Free({}, {})));
 static_assert(!std::is_convertible_v<mur::allocator_interface*, wide_string>);
 static_assert(std::is_convertible_v<wide_string, std::u16string_view>);
 static_assert(!std::is_copy_constructible_v<Keep> && !std::is_copy_assignable_v<Keep>);
