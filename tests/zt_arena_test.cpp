@@ -429,6 +429,14 @@ TEST(ArenaResolve, RefusesASizeThatWrapsAroundTheAddressSpace)
     EXPECT_EQ(Resolve(arena, {0, 0xFFFFFFFF}), refused);
 }
 
+TEST(ArenaResolve, FindsNothingWhereTheEndLiesBeforeTheStart)
+{
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x1FF), {0, 0}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x100), {0, 0}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x100), {0, 16}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0), {0, 0}), refused);
+}
+
 TEST(ArenaResolve, RefusesTheNullAddress)
 {
     EXPECT_EQ(Resolve(MadeUp(0, 0, 0), {0, 0}), refused);
