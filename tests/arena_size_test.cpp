@@ -27,6 +27,19 @@ struct Alternatings {
     std::vector<Alternating> items;
 };
 
+// Records whose gap is the largest from one top alone.
+struct Early {
+    std::string text;
+    std::optional<wem::types::Timestamp> time;
+};
+struct Late {
+    std::string text;
+    std::optional<wem::types::Timestamp> time;
+};
+struct OneEarly {
+    std::vector<Early> items;
+};
+
 } // namespace vyn_connector
 
 struct tq_vyn_connector_VynTypes_Odd {
@@ -42,6 +55,17 @@ struct tq_vyn_connector_VynTypes_Alternating {
 struct tq_vyn_connector_VynTypes_Alternatings {
     zt_ptr_t items;
 };
+struct tq_vyn_connector_VynTypes_Early {
+    zt_ptr_t text;
+    zt_ptr_t time;
+};
+struct tq_vyn_connector_VynTypes_Late {
+    zt_ptr_t text;
+    zt_ptr_t time;
+};
+struct tq_vyn_connector_VynTypes_OneEarly {
+    zt_ptr_t items;
+};
 
 namespace vyn_connector::common {
 
@@ -54,6 +78,14 @@ VYN_RECORD(Alternating, Alternating, 16, 4,
     VYN_FIELD(8, 8, slot, Optional<Text<128>>));
 VYN_RECORD(Alternatings, Alternatings, 8, 4,
     VYN_FIELD(0, 8, items, List<1001>));
+VYN_RECORD(Early, Early, 16, 4,
+    VYN_FIELD(0, 8, text, Text<1>),
+    VYN_FIELD(8, 8, time, Optional<Time>));
+VYN_RECORD(Late, Late, 16, 4,
+    VYN_FIELD(0, 8, text, Text<2>),
+    VYN_FIELD(8, 8, time, Optional<Time>));
+VYN_RECORD(OneEarly, OneEarly, 8, 4,
+    VYN_FIELD(0, 8, items, List<1>));
 
 } // namespace vyn_connector::common
 
@@ -236,6 +268,12 @@ TEST(MaxArenaSize, CountsTheLargestGapBeforeAnAlignedElement)
     EXPECT_EQ(MaxArenaSize<LicenseKeyInfo>(), 7u + 8 + 8 + 8 + 128);
 }
 
+TEST(MaxArenaSize, CountsTheLargestGapThoughOnlyTheFirstTopOrTheLastLeavesIt)
+{
+    EXPECT_EQ(MaxArenaSize<Early>(), 1u + 7 + 8); // from a top that is aligned
+    EXPECT_EQ(MaxArenaSize<Late>(), 2u + 7 + 8);  // from a top before an aligned one
+}
+
 TEST(MaxArenaSize, OfTheParametersIsThatOfTheLargestCountThatTheyMayHave)
 {
     EXPECT_EQ(MaxArenaSize<std::vector<RawVynParam>>(), 3u + 2147483647u * (16u + 128u + 65536ull));
@@ -244,6 +282,7 @@ TEST(MaxArenaSize, OfTheParametersIsThatOfTheLargestCountThatTheyMayHave)
 TEST(MaxArenaSize, CountsElementsWhoseGapsDiffer)
 {
     EXPECT_EQ(MaxArenaSize<Odds>(), 3u + 13 * (8 + 3));
+    EXPECT_EQ(MaxArenaSize<OneEarly>(), 3u + 16 + 1 + 7 + 8);
 
     std::size_t most = 0;
     for (std::size_t top = 0; top < 8; ++top) {

@@ -25,6 +25,8 @@ static_assert(std::is_same_v<decltype(ivo::ItemAlreadyExists), const ivo::Error>
 static_assert(std::is_same_v<decltype(ivo::Error::resultCode), std::int32_t>);
 static_assert(std::is_base_of_v<std::logic_error, ivo::Error>);
 static_assert(std::is_same_v<decltype(*ivo::Root.begin()), const std::variant<unsigned long, std::string>&>);
+static_assert(noexcept(ivo::Root.size()) && noexcept(ivo::Root.empty()));
+static_assert(noexcept(ivo::Root.begin()) && noexcept(ivo::Root.end()));
 static_assert(std::is_same_v<decltype(ivo::IdSpec::characters), std::string>);
 static_assert(std::is_same_v<decltype(ivo::IdSpec::field2), std::uint32_t>);
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -73,6 +74,11 @@ static_assert(!std::is_copy_assignable_v<wide_string>);
 static_assert(!std::is_move_assignable_v<wide_string>);
 static_assert(std::is_copy_constructible_v<wide_string>);
 static_assert(std::is_nothrow_default_constructible_v<wide_string>);
+static_assert(std::is_nothrow_constructible_v<wide_string, mur::allocator_interface*>);
+static_assert(noexcept(static_cast<std::u16string_view>(std::declval<const wide_string&>())));
+static_assert(noexcept(std::declval<Keep&>().reset(nullptr, nullptr, 0)));
+static_assert(noexcept(abi_v1_allocator::AddReference(nullptr)) && noexcept(abi_v1_allocator::Allocate(nullptr, 0)));
+static_assert(noexcept(abi_v1_allocator::ReleaseReference(nullptr)) && noexcept(abi_v1_allocator::Free({}, {})));
 static_assert(!std::is_convertible_v<mur::allocator_interface*, wide_string>);
 static_assert(std::is_convertible_v<wide_string, std::u16string_view>);
 static_assert(!std::is_copy_constructible_v<Keep> && !std::is_copy_assignable_v<Keep>);
@@ -188,6 +194,20 @@ TEST(MessageString, UsesMallocAndFreeWithoutAnAllocatorObject)
     // What it gives up, free takes; what malloc gave, it frees.
     std::free(string.data);
     string.data = static_cast<char16_t*>(std::malloc((string.capacity + 1) * sizeof(char16_t)));
+}
+
+TEST(MessageString, GivesBackWhatItTookFromMalloc)
+{
+    const auto inUse = [] {
+        const auto info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const std::u16string text = Letters(1000);
+    const std::size_t before = inUse();
+    {
+        const wide_string string(text);
+    }
+    EXPECT_EQ(inUse(), before);
 }
 
 TEST(MessageString, BuiltFromAViewKeepsUpToSevenCharactersInline)
@@ -670,6 +690,14 @@ TEST(MessageString, FreesTheOldHeapBufferAtOnceWithoutAKeeper)
     allocator.calls.clear();
     string.reserve_extra(nullptr, 7);
     EXPECT_THAT(allocator.calls, ElementsAre("allocate 58", "free 30"));
+}
+
+TEST(MessageString, AKeeperHoldsNothingAtFirst)
+{
+    const Keep keep;
+    EXPECT_EQ(keep.pointer, nullptr);
+    EXPECT_EQ(keep.allocator, nullptr);
+    EXPECT_EQ(keep.count, 0u);
 }
 
 TEST(MessageString, KeepsABufferFromMallocForTheKeeperToFree)

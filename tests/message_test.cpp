@@ -17,6 +17,8 @@ using namespace vyn_connector;
 using namespace vyn_connector::common;
 using any_record::ChooseSize;
 
+static_assert(noexcept(ArenaOf(nullptr, 0)));
+
 // --- Every record ---
 
 // An empty range of identifiers cannot be written.
@@ -240,6 +242,12 @@ TEST(Encode, NamesTheFirstFieldOnTheWireThatIsTooLong)
     ExpectLengthError([&] { Encode(event); }, "vyn event: field1: 129 bytes, at most 128");
 }
 
+TEST(Conversion, OfAnEventThrowsOutOfSpaceWhereItDoesNotFit)
+{
+    TestArena arena(13); // each of its fourteen strings takes a byte
+    ExpectOutOfSpace([&] { Conversion<VynEvent>::Write(VynEvent{}, arena.Get()); });
+}
+
 // --- What the reader throws ---
 
 TEST(Decode, ThrowsWhatTheReaderThrowsForAPointerOutside)
@@ -269,6 +277,7 @@ TEST(Decode, ThrowsWhatTheReaderThrowsForIdentifiersOutside)
 TEST(Decode, NamesTheStringOfAnEventThatLiesOutside)
 {
     Message<VynEvent> message = Encode(VynEvent{});
+    message.wire.severity = 3; // the highest
     message.wire.field3.offset = 15;
     ExpectOutOfRange([&] { Decode(message); },
                      "vyn event: field3: zt_arena does not contain an element with the address 15");

@@ -1,5 +1,7 @@
 // The tables that describe the records: what they say about the first three, and what any table yields. That a wrong
 // table does not compile is tested in description_errors.
+#include "arena.h"
+
 #include <common/connection_settings.h>
 #include <common/record.h>
 
@@ -249,6 +251,13 @@ TEST(Kind, FlagJoinsABoolAndAByte)
     EXPECT_FALSE((fits<kind::Flag, bool, std::int8_t>));
     EXPECT_FALSE((fits<kind::Flag, bool, std::uint32_t>));
     EXPECT_FALSE((fits<kind::Flag, std::uint8_t, std::uint8_t>));
+}
+
+TEST(Kind, FlagWritesNoByteButItsOwn)
+{
+    std::uint8_t wire[] = {0xA5, 0xA5, 0xA5};
+    kind::Flag::Write<std::uint8_t>(true, wire + 1, nullptr);
+    EXPECT_EQ(BytesOf(wire), Bytes("A5 01 A5"));
 }
 
 TEST(Kind, EnumerationJoinsAnEnumerationAndAnIntegerOfItsWidth)

@@ -15,6 +15,8 @@ using common::RawVynParam;
 using testing::HasSubstr;
 using testing::Not;
 
+static_assert(noexcept(common::MemberId<&Credentials::userName>()));
+
 // As the record itself, and as a view of its message.
 template <typename Record>
 void ExpectShown(const Record& record, const std::string& tree, const std::string& line)
@@ -121,6 +123,10 @@ TEST(RecordFormat, Identifiers)
 // A set is shown in the order of its texts, whatever its own is.
 TEST(RecordFormat, Subscriptions)
 {
+    ExpectShown(VynSubscription{VynEventSeverity::Severity1, {}},
+                "severity                        1\n"
+                "eventTypes                      (none)",
+                "{severity: 1, eventTypes: []}");
     ExpectShown(VynSubscription{VynEventSeverity::Severity2, {"b", "a", "c, d"}},
                 "severity                        2\n"
                 "eventTypes                      a, b, \"c, d\"",
@@ -172,6 +178,19 @@ TEST(RecordFormat, LongTextsAreShortenedBetweenCharacters)
     const std::string cut = std::string(126, 'x') + "\xe2\x82\xac";
     EXPECT_THAT(fmt::format("{:c}", ClientCertParams{cut, "", false, 0}),
                 HasSubstr("{field1: \"" + std::string(126, 'x') + "\"... (129 bytes), "));
+    EXPECT_THAT(fmt::format("{}", ClientCertParams{std::string(129, '\x81'), "", false, 0}),
+                HasSubstr("field1                          ... (129 bytes)\n"));
+}
+
+TEST(RecordFormat, ATextOfJustTheLongestIsWholeWhateverFollowsItInTheArena)
+{
+    const std::string whole(128, 'x');
+    ExpectShown(ClientCertParams{whole, "\x81", false, 7},
+                "field1                          " + whole + "\n" +
+                    "field2                          \\x81\n"
+                    "field3                          false\n"
+                    "field4                          7",
+                "{field1: \"" + whole + "\", field2: \"\\x81\", field3: false, field4: 7}");
 }
 
 TEST(RecordFormat, LongTextsWithoutCharactersAreShortenedToo)
@@ -186,14 +205,25 @@ TEST(RecordFormat, LongTextsWithoutCharactersAreShortenedToo)
 TEST(RecordFormat, LongListsAndSetsAreCut)
 {
     const std::vector<RawVynParam> most(100, RawVynParam{{}, "n"});
-    EXPECT_THAT(fmt::format("{}", most), Not(HasSubstr("more")));
+    std::string lines = "params";
+    std::string elements;
+    for (int i = 0; i < 100; ++i) {
+        lines += "\n  n: (0 bytes)";
+        elements += i == 0 ? "{params: [" : ", ";
+        elements += "{name: \"n\", value: (0 bytes)}";
+    }
+    EXPECT_EQ(fmt::format("{}", most), lines);
+    EXPECT_EQ(fmt::format("{:c}", most), elements + "]}");
     const std::vector<RawVynParam> more(102, RawVynParam{{}, "n"});
-    EXPECT_THAT(fmt::format("{}", more), testing::EndsWith("\n  n: (0 bytes)\n  (2 more)"));
-    EXPECT_THAT(fmt::format("{:c}", more), testing::EndsWith("{name: \"n\", value: (0 bytes)}, (2 more)]}"));
+    EXPECT_EQ(fmt::format("{}", more), lines + "\n  (2 more)");
+    EXPECT_EQ(fmt::format("{:c}", more), elements + ", (2 more)]}");
 
     VynSubscription subscription;
-    for (int i = 0; i < 101; ++i)
+    for (int i = 0; i < 100; ++i)
         subscription.second.insert(fmt::format("{:03}", i));
+    EXPECT_THAT(fmt::format("{}", subscription), testing::EndsWith("098, 099"));
+    EXPECT_THAT(fmt::format("{:c}", subscription), testing::EndsWith("\"098\", \"099\"]}"));
+    subscription.second.insert("100");
     EXPECT_THAT(fmt::format("{}", subscription), testing::EndsWith("098, 099, (1 more)"));
     EXPECT_THAT(fmt::format("{:c}", subscription), testing::EndsWith("\"099\", (1 more)]}"));
 }
@@ -242,6 +272,19 @@ TEST(RecordFormat, LinesSayWhoseTheyAre)
         {1, "password", "********", common::MemberId<&Credentials::password>()},
     };
     EXPECT_EQ(lines, expected);
+}
+
+TEST(RecordFormat, LinesAreEqualWhereAllOfThemIs)
+{
+    const common::RecordLine line{1, "address", "a", common::MemberId<&ProxySettings::address>()};
+    const auto isEqual = [&](std::size_t depth, const char* name, const char* value, const void* member) {
+        return line == common::RecordLine{depth, name, value, member};
+    };
+    EXPECT_TRUE(isEqual(1, "address", "a", line.member));
+    EXPECT_FALSE(isEqual(2, "address", "a", line.member));
+    EXPECT_FALSE(isEqual(1, "name", "a", line.member));
+    EXPECT_FALSE(isEqual(1, "address", "b", line.member));
+    EXPECT_FALSE(isEqual(1, "address", "a", nullptr));
 }
 
 TEST(RecordFormat, GoogleTestPrintsRecordsWithIt)

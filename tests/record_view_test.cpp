@@ -41,6 +41,30 @@ const void* At(const TestArena& arena, std::size_t offset)
     return arena.Start() + offset;
 }
 
+// --- What never throws: everything but taking a field or an element ---
+
+using Elements = TypeOf<ProductUpdCfgArray, &ProductUpdCfgArray::items>;
+using Iterator = Elements::iterator;
+
+template <typename Array>
+constexpr bool isNoexceptToGoOver = noexcept(std::declval<const Array&>().size()) && noexcept(
+    std::declval<const Array&>().begin()) && noexcept(std::declval<const Array&>().end());
+static_assert(isNoexceptToGoOver<Elements> && isNoexceptToGoOver<BytesView> && isNoexceptToGoOver<VynSubscriptions>);
+static_assert(noexcept(std::declval<const Elements&>().empty()) && noexcept(std::declval<const BytesView&>().empty()));
+static_assert(std::is_nothrow_constructible_v<BytesView, const std::uint8_t*, std::size_t>);
+static_assert(noexcept(std::declval<const BytesView&>().data()) && noexcept(std::declval<const BytesView&>()[0]));
+static_assert(std::is_nothrow_constructible_v<RecordView<Credentials>, const WireOf<Credentials>&, const zt_arena*>);
+
+static_assert(std::is_nothrow_default_constructible_v<Iterator>);
+static_assert(noexcept(std::declval<Iterator&>() += 1) && noexcept(std::declval<Iterator&>() -= 1));
+static_assert(noexcept(++std::declval<Iterator&>()) && noexcept(--std::declval<Iterator&>()));
+static_assert(noexcept(std::declval<Iterator&>()++) && noexcept(std::declval<Iterator&>()--));
+static_assert(noexcept(Iterator() + 1) && noexcept(1 + Iterator()) && noexcept(Iterator() - 1));
+static_assert(noexcept(Iterator() - Iterator()));
+static_assert(noexcept(Iterator() == Iterator()) && noexcept(Iterator() != Iterator()));
+static_assert(noexcept(Iterator() < Iterator()) && noexcept(Iterator() <= Iterator()));
+static_assert(noexcept(Iterator() > Iterator()) && noexcept(Iterator() >= Iterator()));
+
 // --- Fields by value ---
 
 static_assert(std::is_same_v<TypeOf<ProxySettings, &ProxySettings::port>, std::uint16_t>);

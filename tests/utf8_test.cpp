@@ -22,6 +22,14 @@ TEST(Utf8, HalfASurrogatePairBecomesTheReplacementCharacter)
     EXPECT_EQ(to_utf8(u"\xDBFFz"), "\xEF\xBF\xBDz");
     EXPECT_EQ(to_utf8(u"\xD800\xD800\xDC00"), "\xEF\xBF\xBD\xF0\x90\x80\x80");
     EXPECT_EQ(to_utf8(u"\xDC00\xD800"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(to_utf8(u"\xDC00\xDC00"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(to_utf8(u"\xD800\xDBFF"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(to_utf8(u"\xD800\xE000"), "\xEF\xBF\xBD\xEE\x80\x80");
+}
+
+TEST(Utf8, TheOtherHalfBehindTheEndIsNotLookedAt)
+{
+    EXPECT_EQ(to_utf8(std::u16string_view(u"\xD800\xDC00", 1)), "\xEF\xBF\xBD");
 }
 
 TEST(Utf8, TakesWhatAnExceptionSays)

@@ -115,6 +115,17 @@ TEST(VerifyCanonical, FindsWhatReadersRefuse)
     ExpectNullArenaFault(VerifyCanonical<VynUpdateIdentifiers>({}, nullptr), "identifiers", {0, 0}, rangeCodec, 49);
 }
 
+TEST(VerifyCanonical, FindsWhatReadersRefuseBeforeALimit)
+{
+    const Holding arena(Zeros(16));
+    ExpectOutOfRangeFault(VerifyCanonical<ProductUpdCfgArray>({{0, 33 * 16}}, arena.Get()),
+                          {"items", FaultKind::OutsideArena, {0, 33 * 16}, 32 * 16}, vectorCodec);
+    WireOf<VynEvent> event{};
+    event.field1 = {0, 129};
+    ExpectFault(VerifyCanonical<VynEvent>(event, arena.Get()), {"field1", FaultKind::OutsideUsedPart, {0, 129}, 113},
+                "std::out_of_range", "vyn event: field1: zt_arena does not contain an element with the address 0");
+}
+
 TEST(VerifyCanonical, GoesInTheOrderOfTheWireAndNotOfTheReader)
 {
     const Holding arena("");
@@ -162,6 +173,9 @@ TEST(VerifyCanonical, FindsIdentifiersOverTheirLimitOrNone)
                     "identifiers: 1 more than the 10 that are written");
     ExpectTolerated(VerifyCanonical<VynUpdateIdentifiers>({{0, 0}}, arena.Get()),
                     {"identifiers", FaultKind::Empty, {0, 0}, 1}, "identifiers: empty");
+    // Wherever they would stand.
+    ExpectTolerated(VerifyCanonical<VynUpdateIdentifiers>({{16, 0}}, arena.Get()),
+                    {"identifiers", FaultKind::Empty, {16, 0}, 1}, "identifiers: empty");
 }
 
 TEST(VerifyCanonical, FindsAnOptionalOfTwoElements)
@@ -257,6 +271,15 @@ TEST(VerifyCanonical, FindsBytesBehindTheTop)
     ExpectTolerated(VerifyCanonical<Credentials>({{0, 4}, {4, 1}}, arena.Get()),
                     {"password", FaultKind::BehindTop, {4, 1}, 1},
                     "password: 1 byte behind the used part of the arena");
+}
+
+TEST(VerifyCanonical, FindsBytesBehindTheTopBeforeTheGapBeforeThem)
+{
+    TestArena arena(24, 0, 23);
+    arena.Put(0, "'srv' 01 00*4 01 00*7 02 00*7");
+    ExpectTolerated(VerifyCanonical<ServerConnectionParameters>({{0, 3}, {0, 0}, {0, 0}, {8, 16}}, arena.Get()),
+                    {"timeouts", FaultKind::BehindTop, {8, 16}, 1},
+                    "timeouts: 1 bytes behind the used part of the arena");
 }
 
 TEST(VerifyCanonical, FindsBytesBeforeTheFirstField)
@@ -366,6 +389,7 @@ TEST(VerifyCanonical, FindsARepeatedSeverity)
     ExpectTolerated(verify(3, 3, 2), {"entries[1]", FaultKind::Repeated, {0, 0}, 0}, "entries[1]: occurs before");
     ExpectTolerated(verify(3, 1, 3), {"entries[2]", FaultKind::Repeated, {0, 0}, 0}, "entries[2]: occurs before");
     ExpectTolerated(verify(3, 1, 1), {"entries[2]", FaultKind::Repeated, {0, 0}, 0}, "entries[2]: occurs before");
+    ExpectTolerated(verify(3, 3, 3), {"entries[1]", FaultKind::Repeated, {0, 0}, 0}, "entries[1]: occurs before");
 }
 
 TEST(VerifyCanonical, FindsAUsedEntryBehindAnUnusedOne)
@@ -387,6 +411,10 @@ TEST(VerifyCanonical, TakesSeverity0WithoutNamesForAnUnusedEntryOnlyWhereTheAren
             VerifyCanonical<VynSubscriptions>({{{0, {0, 0}}, {1, {0, 8}}, {0, {0, 0}}, {0, {0, 0}}}}, aligned.Get())
                 .has_value());
     }
+    // Also behind another one without names, which leaves the arena as it was.
+    const Holding none("");
+    EXPECT_FALSE(VerifyCanonical<VynSubscriptions>({{{3, {0, 0}}, {0, {0, 0}}, {2, {0, 0}}, {0, {0, 0}}}}, none.Get())
+                     .has_value());
     // Once; what is behind it is unused.
     const Holding arena(Of({8, 1}) + Bytes("'a'"));
     ExpectTolerated(

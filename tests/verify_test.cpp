@@ -13,6 +13,39 @@
 
 #include <ctime>
 #include <memory>
+#include <sys/mman.h>
+
+namespace vyn_connector {
+
+// A record with more behind its flags than any of the library's.
+struct Flagged {
+    bool first{};
+    bool second{};
+    bool third{};
+    bool fourth{};
+    std::string text;
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Flagged {
+    std::uint8_t first;
+    std::uint8_t second;
+    std::uint8_t third;
+    std::uint8_t fourth;
+    zt_ptr_t text;
+};
+
+namespace vyn_connector::common {
+
+VYN_RECORD(Flagged, Flagged, 12, 4,
+    VYN_FIELD(0, 1, first,  Flag),
+    VYN_FIELD(1, 1, second, Flag),
+    VYN_FIELD(2, 1, third,  Flag),
+    VYN_FIELD(3, 1, fourth, Flag),
+    VYN_FIELD(4, 8, text,   Text<128>));
+
+} // namespace vyn_connector::common
 
 namespace {
 
@@ -51,6 +84,8 @@ constexpr zt_ptr_t bad{0xFFFFFFF0, 16};
 static_assert(noexcept(std::declval<const Fault&>().Kind()) && noexcept(std::declval<const Fault&>().Pointer()));
 static_assert(noexcept(std::declval<const Fault&>().MissesBy()) && noexcept(std::declval<const Fault&>().IsRefused()));
 static_assert(noexcept(std::declval<const Fault&>().Exception()));
+static_assert(noexcept(std::declval<FieldPath&>().Push("")) && noexcept(std::declval<FieldPath&>().Pop()));
+static_assert(noexcept(std::declval<FieldPath&>().SetIndex(0)));
 static_assert(std::is_trivially_copyable_v<Fault>);
 
 // --- Every record ---
@@ -138,6 +173,40 @@ TYPED_TEST(EveryRecord, IsWithinABudgetOfItsDecodedSizeAndOverOneOfAByteLess)
         EXPECT_TRUE(fault->Kind() == FaultKind::OverBudget);
         EXPECT_EQ(fault->MissesBy(), 1u);
         EXPECT_FALSE(Verified<TypeParam>(message.wire, arena, bytes - 1).has_value());
+    }
+}
+
+// Memory whose last bytes are these, with none behind them that could be read.
+class AtTheEnd {
+public:
+    AtTheEnd(const void* bytes, std::size_t size)
+        : start(static_cast<std::uint8_t*>(
+              mmap(nullptr, 2 * most, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    {
+        if (start == MAP_FAILED || size > most || mprotect(End(), most, PROT_NONE) != 0) throw std::bad_alloc();
+        if (size != 0) std::memcpy(End() - size, bytes, size);
+    }
+    ~AtTheEnd() { munmap(start, 2 * most); }
+    AtTheEnd(const AtTheEnd&) = delete;
+    AtTheEnd& operator=(const AtTheEnd&) = delete;
+
+    std::uint8_t* End() const { return start + most; }
+
+private:
+    static constexpr std::size_t most = 1 << 16;
+    std::uint8_t* start;
+};
+
+TYPED_TEST(EveryRecord, IsVerifiedWithoutALookAtWhatIsBehindIt)
+{
+    using Wire = WireOf<TypeParam>;
+    for (const std::uint64_t size : {0u, 1u, 3u}) {
+        const Received<TypeParam> message(OfSize<TypeParam>(size));
+        const std::size_t capacity = message.arena.Capacity();
+        const AtTheEnd wire(&message.wire, sizeof(Wire));
+        const AtTheEnd bytes(message.arena.Start(), capacity);
+        const zt_arena arena{bytes.End() - capacity, bytes.End(), bytes.End()};
+        EXPECT_FALSE(Verify<TypeParam>(*reinterpret_cast<const Wire*>(wire.End() - sizeof(Wire)), &arena).has_value());
     }
 }
 
@@ -405,6 +474,21 @@ TEST(Fault, NamesTheIndexOfAnEventsString)
                 "vyn event: stringArray[8]: zt_arena does not contain an element with the address 300");
 }
 
+TEST(Fault, LeavesOutOfItsPathWhatIsDeeperThanEightSteps)
+{
+    FieldPath path;
+    for (const char* name : {"a", "b", "c", "d", "e", "f", "g", "h"})
+        path.Push(name);
+    path.SetIndex(7);
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g.h[7]");
+    path.Push("i");
+    path.SetIndex(9);
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g.h[7]");
+    path.Pop();
+    path.Pop();
+    EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g");
+}
+
 TEST(Fault, IsTheSameWhenItsMessageIsGone)
 {
     std::optional<Fault> fault;
@@ -457,6 +541,13 @@ TEST(Verify, GoesOnBehindEachFault)
               (Paths{"address", "proxy.address", "proxy.credentials.userName", "ssl", "timeouts"}));
 }
 
+TEST(Verify, GoesOnBehindAFlagOfAnyValue)
+{
+    const TestArena arena(16);
+    EXPECT_EQ(PathsOf<Flagged>({0, 1, 2, 0xFF, bad}, arena.Get()), (Paths{"text"}));
+    EXPECT_EQ(DecodedSize<Flagged>({0, 1, 2, 0xFF, {0, 16}}, arena.Get()), 17u);
+}
+
 TEST(Verify, GoesOnBehindEachFaultOfAnElement)
 {
     Received<std::vector<ClientCertInfo>> certs(conversion::Full<std::vector<ClientCertInfo>>());
@@ -467,6 +558,34 @@ TEST(Verify, GoesOnBehindEachFaultOfAnElement)
     Put(certs.arena, OffsetOf(array, 4, &WireOf<ClientCertInfo>::field3), bad);
     EXPECT_EQ(PathsOf<std::vector<ClientCertInfo>>(certs.wire, certs.arena.Get()),
               (Paths{"certs[1].field2", "certs[1].field3", "certs[1].field4", "certs[4].field3"}));
+}
+
+// What would be read around the message is all zero, and so without a fault.
+TEST(Verify, FindsAFaultOfAnyElementAlone)
+{
+    std::uint8_t memory[256]{};
+    zt_arena arena{memory + 128, memory + 256, memory + 256};
+    std::memcpy(memory + 192, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 16}}, &arena), (Paths{"items[0].field1"}));
+    std::memcpy(memory + 200, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 16}}, &arena), (Paths{"items[0].field1", "items[0].field2"}));
+    std::memcpy(memory + 208, &bad, sizeof(bad));
+    EXPECT_EQ(PathsOf<ProductUpdCfgArray>({{64, 32}}, &arena),
+              (Paths{"items[0].field1", "items[0].field2", "items[1].field1"}));
+
+    WireOf<VynSubscriptions> wires[2]{};
+    Paths all;
+    for (std::size_t i = 0; i < 4; ++i) {
+        all.push_back("entries[" + std::to_string(i) + "].eventTypes");
+        wires[1].entries[i].eventTypes = bad;
+        EXPECT_EQ(PathsOf<VynSubscriptions>(wires[1], &arena), (Paths{all.back()}));
+        wires[1].entries[i].eventTypes = {};
+    }
+    for (auto& entry : wires[1].entries)
+        entry.eventTypes = bad;
+    EXPECT_EQ(PathsOf<VynSubscriptions>(wires[1], &arena), all);
+
+    EXPECT_EQ(PathsOf<LicenseInfo>({{129, 0}, {129, 0}}, &arena), (Paths{"keyInfo1", "keyInfo2"}));
 }
 
 TEST(Verify, GoesOnBehindEachFaultOfAnEvent)
@@ -613,6 +732,17 @@ TEST(DecodedSize, CountsNothingForABadPointerAndGoesOnBehindIt)
     event.field6 = {1, 31};
     event.severity = 9;
     EXPECT_EQ(DecodedSize<VynEvent>(event, arena.Get()), 32u);
+    WireOf<AppInfo> info{};
+    info.productInfo.updCfgArray.items = {1, 32};
+    info.deviceInfo.field15 = {0, 32};
+    EXPECT_EQ(DecodedSize<AppInfo>(info, arena.Get()), 33u);
+}
+
+TEST(DecodedSize, CountsNothingForAnAbsentValue)
+{
+    TestArena arena(100, 0, 100);
+    arena.Put(0, BytesOf(zt_ptr_t{20, 80}));
+    EXPECT_EQ(DecodedSize<LicenseKeyInfo>({}, arena.Get()), 0u);
 }
 
 TEST(DecodedSize, CountsAnOptionalsValueOnceHoweverManyElementsItHas)
@@ -657,7 +787,9 @@ TEST(DecodedSize, CountsARepeatedElementOfASetAsIfItWereKept)
     TestArena arena(116, 0, 116);
     Put(arena, 0, {16, 100});
     Put(arena, 8, {16, 100});
+    // A string and seven words, sixteen words for the first of them, and its bytes.
     const std::uint64_t once = DecodedSize<VynSubscription>({0, {0, 8}}, arena.Get());
+    EXPECT_EQ(once, sizeof(std::string) + 7 * 8 + 16 * 8 + 101);
     const std::uint64_t twice = DecodedSize<VynSubscription>({0, {0, 16}}, arena.Get());
     EXPECT_GE(twice, once + 101 + sizeof(std::string));
 }

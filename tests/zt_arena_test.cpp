@@ -84,6 +84,10 @@ TEST(ArenaTypes, NoOperationThrows)
     std::size_t count = 0;
     EXPECT_TRUE(noexcept(zt_arena_reserve(&arena, 0, 1)));
     EXPECT_TRUE(noexcept(vyn_connector::common::detail::Claim(&arena, 0, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::BoundsBetween(0, 0)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::Holds({}, pointer, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::Resolve({}, pointer, 1)));
+    EXPECT_TRUE(noexcept(vyn_connector::common::detail::AlignUp(0, 1)));
     EXPECT_TRUE(noexcept(zt_arena_resolve(&arena, &pointer, 1, &count)));
 }
 
@@ -423,6 +427,14 @@ TEST(ArenaResolve, RefusesASizeThatWrapsAroundTheAddressSpace)
     EXPECT_EQ(Resolve(arena, {0, 12}), refused);
     EXPECT_EQ(Resolve(arena, {10, 0xFFFFFFFF}), refused);
     EXPECT_EQ(Resolve(arena, {0, 0xFFFFFFFF}), refused);
+}
+
+TEST(ArenaResolve, FindsNothingWhereTheEndLiesBeforeTheStart)
+{
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x1FF), {0, 0}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x100), {0, 0}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0x100), {0, 16}), refused);
+    EXPECT_EQ(Resolve(MadeUp(0x200, 0x200, 0), {0, 0}), refused);
 }
 
 TEST(ArenaResolve, RefusesTheNullAddress)
