@@ -323,6 +323,8 @@ TEST(InspectSecrets, AreMaskedWhereverTheirPointerLeads)
         for (const std::uint32_t size : {1u, 2u, 13u, 14u, 0xFFFFFFFFu})
             ExpectHidden(Inspect(Make("Credentials", Words({0, 3, offset, size}), arena)),
                          std::to_string(offset) + " " + std::to_string(size));
+    // What is left of it, and another field leads there as well.
+    ExpectHidden(Inspect(Make("Credentials", Words({0, 16, 3, 14}), arena)), "userName");
 }
 
 TEST(InspectSecrets, AreMaskedInARecordAroundAndInOneThatNobodyKnows)
