@@ -5,11 +5,13 @@
 #include "../../fuzz/model/message.h"
 #include "reader.h"
 
+#include <common/connector_state.h>
 #include <message.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -51,22 +53,21 @@ protected:
         ExpectReadersWords(message, library, how);
     }
 
-    // Each refused field says what the reader would throw there, the first what it throws.
+    // Each refused field says what the reader would throw there, and the first one is where it throws.
     void ExpectReadersWords(const inspect::Message& message, const reader::Answers& library, const std::string& how)
     {
-        std::vector<std::string> paths;
-        for (const inspect::Finding& finding : message.findings) {
-            EXPECT_EQ(IsRefused(finding.reason), !finding.exception.empty()) << how << finding.path;
-            if (!IsRefused(finding.reason)) continue;
-            paths.push_back(finding.path.substr(message.record.size() + 1));
-            if (finding.path == message.exceptionPath) {
-                EXPECT_EQ(finding.text, message.exceptionText) << how;
-            }
-        }
-        std::vector<std::string> expected = library.faults;
-        std::sort(paths.begin(), paths.end());
+        const std::string record = message.record + ".";
+        std::vector<std::string> said;
+        for (const inspect::Finding& finding : message.findings)
+            if (IsRefused(finding.reason))
+                said.push_back(finding.path + ": " + Text({finding.exception, finding.text}));
+        std::vector<std::string> expected;
+        for (const reader::Answers::Fault& fault : library.faults)
+            expected.push_back(record + fault.path + ": " + Text(fault.reader));
+        EXPECT_EQ(message.exceptionPath, expected.empty() ? "" : record + library.faults[0].path) << how;
+        std::sort(said.begin(), said.end());
         std::sort(expected.begin(), expected.end());
-        EXPECT_EQ(paths, expected) << how;
+        EXPECT_EQ(said, expected) << how;
     }
 };
 
@@ -139,6 +140,21 @@ TEST_P(Agreement, EachLengthOfTheArena)
         model::Message spoilt = message;
         spoilt.arena.bytes.resize(size);
         Expect(spoilt, "an arena of " + std::to_string(size));
+    }
+}
+
+// A state has no reader that throws: what is refused is what reading gives nothing for.
+TEST(AgreementOfStates, EachCode)
+{
+    for (int code = -1; code <= 300; ++code) {
+        inspect::Capture capture;
+        capture.record = "VynConnectorState";
+        capture.wire.resize(sizeof(code));
+        std::memcpy(capture.wire.data(), &code, sizeof(code));
+        const inspect::Message message = inspect::Inspect(capture);
+        const bool isState = vyn_connector::common::CastFromZt(code).has_value();
+        EXPECT_EQ(message.IsA(), isState ? inspect::Standing::Canonical : inspect::Standing::Refused) << code;
+        EXPECT_EQ(message.exception, "") << code;
     }
 }
 

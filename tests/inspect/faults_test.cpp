@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <string>
@@ -103,7 +104,7 @@ TEST(InspectFaults, OverTheWritersLimit)
     EXPECT_THAT(FaultsOf("Credentials", Words({0, 130, 130, 0}), std::string(130, 'a')),
                 ElementsAre("~ Credentials.userName: over the writer's limit of 128: 2 bytes too many"));
     EXPECT_EQ(FaultsOf("ProductHsdpInfo", Words({1, 0, 6 * 16}), std::string(6 * 16, '\0'))[0],
-              "~ ProductHsdpInfo.statuses: over the writer's limit of 5: 1 elements too many");
+              "~ ProductHsdpInfo.statuses: over the writer's limit of 5: 1 element too many");
 }
 
 TEST(InspectFaults, Unaligned)
@@ -211,7 +212,9 @@ TEST(InspectFaults, States)
     EXPECT_THAT(FaultsOf("VynConnectorState", Words({7}), ""), ElementsAre());
     EXPECT_THAT(FaultsOf("VynConnectorState", Words({99}), "a"),
                 ElementsAre("! VynConnectorState.state: 99 is no state's code: reading it gives none",
-                            "~ 1 bytes of the arena at offset 0 that no field owns"));
+                            "~ 1 byte of the arena at offset 0 that no field owns"));
+    EXPECT_THAT(Tree(Inspect(Make("VynConnectorState", Words({7}), "")), {}),
+                HasSubstr("  wire 0000  state  State  6\n"));
 }
 
 // The parameter's value comes before its name, so its error is the one that is thrown.
@@ -232,11 +235,13 @@ TEST(InspectFaults, AFileThatIsNone)
     EXPECT_THAT(faults(whole), ElementsAre());
     EXPECT_THAT(faults(""), ElementsAre("! 0 bytes, where a frame begins with 16", "! no record has this name"));
     EXPECT_THAT(faults("X" + whole.substr(1)), ElementsAre("! does not begin with VYN1"));
-    EXPECT_THAT(faults(whole + "d"), ElementsAre("! 1 bytes behind the message"));
-    EXPECT_EQ(faults(whole.substr(0, whole.size() - 1))[0], "! the file ends 1 bytes before the end of the arena");
+    EXPECT_THAT(faults(whole + "d"), ElementsAre("! 1 byte behind the message"));
+    EXPECT_EQ(faults(whole.substr(0, whole.size() - 1))[0], "! the file ends 1 byte before the end of the arena");
     EXPECT_EQ(faults("VYN1" + Words({14, 8, 0xFFFFFFFF}) + "FileInfoParams" + Words({0, 3}))[0],
               "! the arena of 4294967295 bytes, at most 16777216");
     EXPECT_EQ(FaultsOf("FileInfoParams", "abc", "")[0], "! a wire structure of 3 bytes, where FileInfoParams has 8");
+    EXPECT_EQ(FaultsOf("FileInfoParams", "a", "")[0], "! a wire structure of 1 byte, where FileInfoParams has 8");
+    EXPECT_EQ(faults("V")[0], "! 1 byte, where a frame begins with 16");
     EXPECT_THAT(FaultsOf("Nobody", "", ""), ElementsAre("! no record has this name"));
 }
 
@@ -294,6 +299,41 @@ TEST(InspectSecrets, AreMaskedInAllThatIsShown)
     EXPECT_THAT(Map(message, true), HasSubstr("HUNTER2"));
 }
 
+void ExpectHidden(const Message& message, const std::string& how)
+{
+    for (const std::string& shown : {Tree(message, {}), ToJson(message, false), Map(message, false),
+                                     Page(message, false), Diff(message, message, {})})
+        for (const char* part : {"Qz", "51 7a", "517a", "z7", "7a 37"})
+            EXPECT_THAT(shown, Not(HasSubstr(part))) << how;
+}
+
+// Whose pointer leads past the end of what is there, for each end there can be.
+TEST(InspectSecrets, AreMaskedWhereTheArenaIsCutOff)
+{
+    const std::string arena = "bobQz7Kx9Wv2Jp4Y";
+    for (std::size_t size = 0; size < arena.size(); ++size)
+        ExpectHidden(Inspect(Make("Credentials", Words({0, 3, 3, 13}), arena.substr(0, size))), std::to_string(size));
+    EXPECT_THAT(Page(Inspect(Make("Credentials", Words({0, 3, 3, 13}), "bobQz")), true), HasSubstr("51 7a"));
+}
+
+TEST(InspectSecrets, AreMaskedWhereverTheirPointerLeads)
+{
+    const std::string arena = "bobQz7Kx9Wv2Jp4Y";
+    for (const std::uint32_t offset : {3u, 4u, 15u, 16u, 17u, 0x40000000u, 0xFFFFFFFFu})
+        for (const std::uint32_t size : {1u, 2u, 13u, 14u, 0xFFFFFFFFu})
+            ExpectHidden(Inspect(Make("Credentials", Words({0, 3, offset, size}), arena)),
+                         std::to_string(offset) + " " + std::to_string(size));
+    // What is left of it, and another field leads there as well.
+    ExpectHidden(Inspect(Make("Credentials", Words({0, 16, 3, 14}), arena)), "userName");
+}
+
+TEST(InspectSecrets, AreMaskedInARecordAroundAndInOneThatNobodyKnows)
+{
+    ExpectHidden(Inspect(Make("ProxySettings", Words({0xFFFFFFFF, 9, 0, 0, 0, 0, 0}), "Qz7Kx9W")), "around");
+    ExpectHidden(Inspect(Make("Credentialz", "Qz7Kx9W", "Qz7Kx9W")), "unknown");
+    EXPECT_THAT(Page(Inspect(Make("FileInfoParams", Words({9, 9}), "Qz7Kx9W")), false), HasSubstr("51 7a"));
+}
+
 TEST(InspectMarkup, WhatAMessageHoldsCannotLeaveItsPlace)
 {
     const std::string text = "</script><svg onload='x'>&\"";
@@ -339,17 +379,65 @@ TEST(InspectDiff, ShowsElementsOfOneAlone)
 
 // --- bounds ---
 
+std::string OfParams(std::uint32_t count, const std::vector<std::uint32_t>& param)
+{
+    std::vector<std::uint32_t> params;
+    for (std::uint32_t i = 0; i < count; ++i)
+        params.insert(params.end(), param.begin(), param.end());
+    return Words(params);
+}
+
 TEST(InspectBounds, ElementsAreCutAndTheirFaultsCounted)
 {
     const std::uint32_t count = 5000;
-    std::vector<std::uint32_t> params;
-    for (std::uint32_t i = 0; i < count; ++i)
-        params.insert(params.end(), {0xFFFFFFFF, 1, 0, 0});
-    const Message message = Inspect(Make("VynParams", Words({0, count * 16}), Words(params)));
+    const Message message = Inspect(Make("VynParams", Words({0, count * 16}), OfParams(count, {0xFFFFFFFF, 1, 0, 0})));
     EXPECT_EQ(message.refused, count);
     EXPECT_THAT(Tree(message, {}), HasSubstr("... 4000 more\n"));
     EXPECT_THAT(Tree(message, {}), HasSubstr("faults that are not shown"));
-    EXPECT_LE(message.findings.size(), inspect::Extent{}.mostFindings);
+    EXPECT_LE(message.findings.size(), inspect::Extent{}.mostFindings + 2 * message.nodes.size());
+}
+
+// Behind thousands of faults, shown and not.
+TEST(InspectBounds, EveryRefusedFieldThatIsShownSaysWhatItsReaderThrows)
+{
+    const std::uint32_t size = 3000 * 16;
+    const std::string wire = Words({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, size, 7, 0x50000000, 16, 0});
+    const std::string arena = OfParams(3000, {0x40000000, 1, 0, 0});
+    for (const inspect::Extent& extent :
+         {inspect::Extent{}, inspect::Extent{10, 50000, 1000}, inspect::Extent{2, 9, 0}}) {
+        const Message message = Inspect(Make("ProductInfo", wire, arena), extent);
+        const Finding* last = nullptr;
+        for (const Finding& finding : message.findings) {
+            EXPECT_EQ(IsRefused(finding.reason), !finding.exception.empty()) << finding.path;
+            if (finding.path == "ProductInfo.hsdpInfo.statuses") last = &finding;
+        }
+        ASSERT_NE(last, nullptr);
+        EXPECT_EQ(last->exception, "std::out_of_range");
+        EXPECT_EQ(last->text, "zt vector: zt_arena does not contain an element with the address 1342177280");
+        for (const inspect::Node& node : message.nodes)
+            EXPECT_FALSE(node.hasPointer && !node.resolves && node.findings.empty()) << node.name;
+        EXPECT_THAT(ToJson(message, false), HasSubstr("with the address 1342177280"));
+    }
+}
+
+// Pointers, as offset and size, whose numbers all have the same remainder by the number of buckets that a table would
+// have for them; and texts of one beginning.
+TEST(InspectBounds, ASetsElementsTakeNoLongerWhereSomebodyChoseThem)
+{
+    const std::uint64_t buckets = 85229;
+    const std::uint32_t count = 85200;
+    const std::uint32_t size = count * 8;
+    std::vector<std::uint32_t> words;
+    for (std::uint32_t offset = 0; words.size() < 2 * count; offset = (offset + 1) % size) {
+        const std::uint64_t rest = (std::uint64_t{offset} << 32) % buckets;
+        for (std::uint64_t length = (buckets - rest) % buckets; length <= size - offset && words.size() < 2 * count;
+             length += buckets)
+            words.insert(words.end(), {offset, static_cast<std::uint32_t>(length)});
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const Message message = Inspect(Make("VynSubscription", Words({0, 0, size}), Words(words)), {10, 10, 10});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+    EXPECT_GT(message.tolerated, count);
 }
 
 // Over a hundred thousand elements, each of them nearly all of the arena, and all of them in four sets.

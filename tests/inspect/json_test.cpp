@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 std::string Json(const inspect::Capture& capture, bool showsSecrets = true)
 {
-    return inspect::ToJson(inspect::Inspect(capture, inspect::jsonExtent), showsSecrets);
+    return inspect::ToJson(inspect::InspectForJson(capture), showsSecrets);
 }
 
 TEST(InspectJson, EveryCanonicalMessageOfTheCorpusComesBack)
@@ -26,7 +26,7 @@ TEST(InspectJson, EveryCanonicalMessageOfTheCorpusComesBack)
     std::size_t count = 0;
     for (const MessageFile& file : corpus::Files()) {
         const inspect::Capture capture = corpus::CaptureOf(file);
-        const inspect::Message message = inspect::Inspect(capture, inspect::jsonExtent);
+        const inspect::Message message = inspect::InspectForJson(capture);
         if (message.IsA() != inspect::Standing::Canonical) continue;
         ++count;
         const inspect::Capture again = inspect::Encode(inspect::ToJson(message, true));
@@ -60,6 +60,58 @@ TEST(InspectJson, FullAndEmptyMessagesOfAllRecordsComeBack)
         if constexpr (!std::is_same_v<Record, vyn_connector::VynUpdateIdentifiers>)
             expectSame(any_record::Make<Record>([](std::uint64_t) { return 0; }));
     });
+}
+
+// A canonical message however long its lists are; of another one they are cut.
+TEST(InspectJson, ACanonicalListIsNeverCut)
+{
+    const inspect::Extent extent{1000, 3000, 10};
+    const std::uint32_t count = 1500;
+    const std::uint32_t end = count * 16;
+    inspect::Capture capture{"VynParams", inspect::ByteString(8), inspect::ByteString(end), {}, 0, {}};
+    std::memcpy(capture.wire.data() + 4, &end, 4);
+    for (std::size_t at = 0; at < end; at += 8)
+        std::memcpy(capture.arena.data() + at, &end, 4);
+    const std::string json = ToJson(InspectForJson(capture, extent), true, extent.mostNodes);
+    EXPECT_THAT(json, HasSubstr("{\"cut\":500}\n  ],\n  \"value\""));
+    EXPECT_EQ(nlohmann::json::parse(json)["value"]["params"].size(), count);
+    const inspect::Capture again = inspect::Encode(json);
+    EXPECT_EQ(again.wire, capture.wire);
+    EXPECT_EQ(again.arena, capture.arena);
+    capture.arena.push_back(1);
+    const std::string tolerated = ToJson(InspectForJson(capture, extent), true);
+    EXPECT_EQ(nlohmann::json::parse(tolerated)["value"]["params"].back()["cut"], 500);
+}
+
+// Their byte is one that no writer touches.
+TEST(InspectJson, AnEventsEmptyStringsComeBack)
+{
+    inspect::Capture capture{"VynEvent", inspect::ByteString(136), inspect::ByteString(15), {}, 0, {}};
+    for (std::uint8_t i = 0; i < 15; ++i) {
+        capture.wire[i == 0 ? 0u : i < 6 ? 4u + 8u * i : 64u + 8u * (i - 6u)] = i;
+        capture.arena[i] = i % 2 == 0 ? static_cast<std::uint8_t>(0x41 + i) : std::uint8_t{0};
+    }
+    EXPECT_EQ(inspect::Inspect(capture).IsA(), inspect::Standing::Canonical);
+    EXPECT_EQ(nlohmann::json::parse(Json(capture))["arena"]["left"][1],
+              (nlohmann::json{{"offset", 2}, {"byte", 0x43}}));
+    const inspect::Capture again = inspect::Encode(Json(capture));
+    EXPECT_EQ(again.wire, capture.wire);
+    EXPECT_EQ(again.arena, capture.arena);
+}
+
+TEST(InspectJson, IsAsciiAndComesBack)
+{
+    const std::string text = "\x7f\xc2\x9b[31m\xe2\x80\xae\xc3\xa9\xf0\x9f\x98\x80";
+    inspect::Capture capture{"FileInfoParams",
+                             {0, 0, 0, 0, static_cast<std::uint8_t>(text.size()), 0, 0, 0},
+                             {text.begin(), text.end()},
+                             {},
+                             0,
+                             {}};
+    const std::string json = Json(capture);
+    for (const char c : json)
+        EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7f)) << static_cast<int>(c);
+    EXPECT_EQ(inspect::Encode(json).arena, capture.arena);
 }
 
 TEST(InspectJson, StatesComeBack)
@@ -113,6 +165,46 @@ TEST(InspectJson, EveryErrorNamesItsField)
               "DynamicAppInfo.field1: not an integer from 0 to 18446744073709551615");
     EXPECT_EQ(ErrorOf(R"({"record":"VynConnectorState","value":{"state":13}})"),
               "VynConnectorState.state: there is no state 13");
+}
+
+TEST(InspectJson, RefusesWhatStandsTwice)
+{
+    EXPECT_EQ(ErrorOf(R"({"record":"Credentials","value":{"userName":"a","userName":"b","password":""}})"),
+              "Credentials.userName: occurs twice");
+    EXPECT_EQ(ErrorOf(R"({"value":{"params":[{},{"name":"a","value":"","name":"b"}]},"record":"VynParams"})"),
+              "VynParams.params[1].name: occurs twice");
+    EXPECT_EQ(ErrorOf(R"({"record":"VynParams","record":"Credentials","value":{}})"), "record: occurs twice");
+    EXPECT_EQ(ErrorOf(R"({"record":"VynParams","value":{"params":[]},"x":1,"x":[{"y":1,"y":2}]})"), "none");
+}
+
+// Not even as much as a message of its size takes.
+TEST(InspectJson, RefusesWhatNoMessageIs)
+{
+    EXPECT_EQ(ErrorOf(std::string(30000000, '[')), "nested deeper than any message");
+    EXPECT_EQ(ErrorOf(R"({"x":)" + std::string(30000000, '[')), "nested deeper than any message");
+    std::string many = R"({"record":"VynParams","value":[0)";
+    for (std::size_t i = 0; i < inspect::mostArenaBytes / 4; ++i)
+        many += ",0";
+    EXPECT_EQ(ErrorOf(many + "]}"), "more values than any message has");
+}
+
+TEST(InspectJson, RefusesAnOrderThatNothingHas)
+{
+    EXPECT_EQ(ErrorOf(R"({"record":"VynSubscriptions","value":{"entries":[{"severity":0,"eventTypes":[]},)"
+                      R"({"severity":1,"eventTypes":[]},{"severity":13,"eventTypes":[]}]}})"),
+              "VynSubscriptions.entries: no map has its entries in this order");
+}
+
+TEST(InspectJson, RefusesBytesThatCannotBeLeft)
+{
+    const auto error = [](const std::string& left) {
+        return ErrorOf(R"({"record":"VynParams","value":{"params":[]},"arena":{"left":)" + left + "}}");
+    };
+    EXPECT_EQ(error("1"), "arena.left: not an array");
+    EXPECT_EQ(error("[1]"), R"(arena.left[0]: not an object with an "offset" and a "byte")");
+    EXPECT_EQ(error(R"([{"offset":0,"byte":1}])"), "arena.left[0].offset: outside the arena");
+    EXPECT_EQ(error(R"([{"offset":-1,"byte":1}])"), "arena.left[0].offset: not an integer from 0 to 4294967295");
+    EXPECT_EQ(ErrorOf(R"({"record":"VynParams","value":{"params":[]},"arena":1})"), "arena: not an object");
 }
 
 TEST(InspectJson, SaysWhatTheReaderThrows)

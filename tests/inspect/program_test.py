@@ -87,6 +87,63 @@ class ProgramTest(unittest.TestCase):
         self.assertIn("--encode", self.refuse("-o", self.folder / "x", good))
         self.assertIn("No such file", self.refuse("--html", missing / "page.html", good))
 
+    def test_numbers_that_are_none(self):
+        good = self.file("good", GOOD)
+        for option, number, words in (("--top", -5, "-5 is no number from 0 to 16777216"),
+                                      ("--start", -1, "-1 is no number from 0 to 7"),
+                                      ("--start", 8, "8 is no number from 0 to 7"),
+                                      ("--elements", 0, "0 is no number from 1 to 4000000"),
+                                      ("--elements", "1x", "1x is no number from 1 to 4000000")):
+            self.assertEqual(self.refuse(option, number, good),
+                             f"vyn-inspect: {option}: {words}; --help says what can be given\n")
+
+    def test_options_that_would_do_nothing(self):
+        login = self.file("login.json", self.run_program("--json", "--secrets", self.file("login", LOGIN)).stdout.encode())
+        again = self.folder / "again"
+        for option in (("--start", 1), ("--top", 1), ("--elements", 1), ("--secrets",), ("--follow",), ("--diff",),
+                       ("--json",), ("--record", "Credentials"), ("--map", again), ("--html", again)):
+            self.assertEqual(self.refuse("--encode", login, "-o", again, *option),
+                             "vyn-inspect: --encode goes with --output alone\n")
+        good = self.file("good", GOOD)
+        self.assertIn("two captures alone", self.refuse("--diff", "--follow", good, good))
+        for option in (("--start", 1), ("--top", 1), ("--elements", 1), ("--secrets",), ("--json",)):
+            self.assertIn("only listed", self.refuse(self.folder, *option))
+        self.assertFalse(again.exists())
+
+    def test_files_that_are_too_large(self):
+        large = self.file("large", bytes((16 << 20) + 1))
+        small = self.file("small", b"")
+        for files in ((large, small), (small, large)):
+            self.assertEqual(self.refuse("--record", "Credentials", *files),
+                             f"vyn-inspect: {large}: more than 16777216 bytes\n")
+        with open(large, "r+b") as file:
+            file.truncate((192 << 20) + 1)
+        self.assertEqual(self.refuse("--encode", large, "-o", self.folder / "x"),
+                         f"vyn-inspect: {large}: more than 201326592 bytes\n")
+
+    def test_a_file_that_cannot_be_read_among_others(self):
+        good = self.file("good", GOOD)
+        result = self.run_program(good, self.folder / "missing", good, status=WRONG_USE)
+        self.assertEqual(result.stdout.count('"abc"'), 2)
+        self.assertEqual(result.stderr, f"vyn-inspect: {self.folder}/missing: No such file or directory\n")
+
+    def test_names_do_nothing_to_a_terminal(self):
+        odd = self.file("n\x1b[31mx.vyn", GOOD)
+        evil = self.file("evil", frame("Foo\x1b[31m", b""))
+        escaped = r"n\x1b[31mx"
+        self.assertIn(escaped + ".vyn:", self.run_program(odd, odd).stdout)
+        self.assertIn(r"these are Foo\x1b[31m and FileInfoParams", self.refuse("--diff", evil, odd))
+        self.assertIn(escaped, self.refuse(self.folder / "n\x1b[31mx"))
+        self.assertIn(escaped, self.refuse("--encode", odd, "-o", self.folder / "x"))
+        self.assertIn(escaped, self.refuse("--n\x1b[31mx"))
+        self.assertIn(escaped, self.refuse("--record", "n\x1b[31mx", odd, odd))
+        self.assertIn(escaped, self.run_program(self.folder).stdout)
+        folder = self.folder / "d\x1b[31m"
+        folder.mkdir()
+        self.assertIn(r"d\x1b[31m", self.refuse("--json", folder))
+        for arguments in ((odd, odd), ("--diff", odd, odd), (evil,), ("--json", evil), (self.folder,)):
+            self.assertNotIn("\x1b", self.run_program(*arguments, status=REFUSED if evil in arguments else 0).stdout)
+
     def test_output_that_cannot_be_written(self):
         with open("/dev/full", "w", encoding="ascii") as full:
             result = subprocess.run([PROGRAM, self.file("good", GOOD)], stdout=full, stderr=subprocess.PIPE, text=True,
@@ -205,6 +262,47 @@ class ProgramTest(unittest.TestCase):
             program.send_signal(signal.SIGINT)
             self.assertEqual(program.wait(timeout=60), TOLERATED)
             self.assertEqual(program.stdout.read(), "")
+
+    def odd_entries(self):
+        self.file("1-sent-x.vyn", GOOD)
+        (self.folder / "2-sent-x.vyn").mkdir()
+        (self.folder / "3-sent-x.vyn").symlink_to(self.folder / "nowhere")
+        os.mkfifo(self.folder / "4-sent-x.vyn")
+        self.file("5-sent-x.vyn", GOOD)
+        (self.folder / "6-sent-x.vyn").symlink_to(self.folder / "5-sent-x.vyn")
+        good = "FileInfoParams                wire   8  arena       3  canonical"
+        return ["1  sent      " + good, "2  sent      not read: no regular file",
+                "3  sent      not read: No such file or directory", "4  sent      not read: no regular file",
+                "5  sent      " + good, "6  sent      " + good]
+
+    def test_entries_of_a_directory_that_are_no_captures(self):
+        lines = self.odd_entries()
+        self.assertEqual(self.run_program(self.folder, status=WRONG_USE).stdout.splitlines(), lines)
+        (self.folder / "3-sent-x.vyn").unlink()
+        self.run_program(self.folder, status=CANONICAL)
+
+    def test_following_where_entries_are_no_captures(self):
+        lines = self.odd_entries()
+        with subprocess.Popen([PROGRAM, "--follow", self.folder], stdout=subprocess.PIPE, text=True) as program:
+            self.assertEqual([program.stdout.readline().rstrip("\n") for _ in lines], lines)
+            program.send_signal(signal.SIGINT)
+            self.assertEqual(program.wait(timeout=60), WRONG_USE)
+
+    # Only what may still be written is waited for, and what comes behind it is not.
+    def test_following_does_not_wait_for_damaged_files(self):
+        count = 20
+        for i in range(count):
+            old = self.file(f"{i:06}-sent-x.vyn", GOOD[:-1])
+            os.utime(old, (0, 0))
+        self.file("000050-sent-x.vyn", GOOD[:-1])
+        self.file("000060-sent-x.vyn", GOOD)
+        begin = time.monotonic()
+        with subprocess.Popen([PROGRAM, "--follow", self.folder], stdout=subprocess.PIPE, text=True) as program:
+            lines = [program.stdout.readline() for _ in range(count + 2)]
+            self.assertLess(time.monotonic() - begin, count / 2)
+            program.send_signal(signal.SIGINT)
+            program.wait(timeout=60)
+        self.assertEqual([line.split()[0] for line in lines[count:]], ["000060", "000050"])
 
     # --- the exchange ---
 

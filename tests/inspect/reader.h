@@ -29,7 +29,11 @@ struct Answers {
     bool isSound = false;
     bool isCanonical = false;
     std::string departure;
-    std::vector<std::string> faults; // their paths, in the order of the reader
+    struct Fault {
+        std::string path;
+        Reading reader;
+    };
+    std::vector<Fault> faults; // in the order of the reader
 };
 
 template <typename Record>
@@ -67,7 +71,9 @@ Answers AskAs(const inspect::Capture& capture)
     const auto departure = common::VerifyCanonical<Record>(wire, &arena);
     answers.isCanonical = !departure;
     if (departure) answers.departure = departure->Path() + ": " + departure->Text();
-    common::Verify<Record>(wire, &arena, [&](const common::Fault& fault) { answers.faults.push_back(fault.Path()); });
+    common::Verify<Record>(wire, &arena, [&](const common::Fault& fault) {
+        answers.faults.push_back({fault.Path(), {std::string(fault.Exception()), fault.Text()}});
+    });
     return answers;
 }
 

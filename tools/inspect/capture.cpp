@@ -1,5 +1,7 @@
 #include "capture.h"
 
+#include "printable.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -36,10 +38,11 @@ public:
 
     ByteString Take(const char* part, std::size_t claimed, std::size_t most)
     {
-        if (claimed > most) damage_.push_back(fmt::format("{} of {} bytes, at most {}", part, claimed, most));
+        if (claimed > most) damage_.push_back(fmt::format("{} of {}, at most {}", part, Amount(claimed, "byte"), most));
         const std::size_t size = std::min(std::min(claimed, most), left_);
         if (size < std::min(claimed, most))
-            damage_.push_back(fmt::format("the file ends {} bytes before the end of {}", claimed - size, part));
+            damage_.push_back(
+                fmt::format("the file ends {} before the end of {}", Amount(claimed - size, "byte"), part));
         ByteString bytes(next_, next_ + size);
         next_ += size;
         left_ -= size;
@@ -47,7 +50,7 @@ public:
     }
     void Finish()
     {
-        if (left_ != 0) damage_.push_back(fmt::format("{} bytes behind the message", left_));
+        if (left_ != 0) damage_.push_back(fmt::format("{} behind the message", Amount(left_, "byte")));
     }
 
 private:
@@ -63,7 +66,7 @@ Capture ParseFrame(const std::uint8_t* data, std::size_t size)
     Capture capture;
     FrameHeader header{};
     if (size < sizeof(header)) {
-        capture.damage.push_back(fmt::format("{} bytes, where a frame begins with {}", size, sizeof(header)));
+        capture.damage.push_back(fmt::format("{}, where a frame begins with {}", Amount(size, "byte"), sizeof(header)));
         return capture;
     }
     std::memcpy(&header, data, sizeof(header));
@@ -95,22 +98,39 @@ ByteString FrameOf(const Capture& capture)
     return frame;
 }
 
+FileError::FileError(const std::filesystem::path& file, const std::string& reason)
+    : std::runtime_error(fmt::format("{}: {}", Printable(file.string()), reason)), reason_(reason)
+{
+}
+
+namespace {
+
+// One byte more than `most` shows that there are more.
+ByteString ReadUpTo(const std::filesystem::path& file, std::size_t most)
+{
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) throw FileError(file, std::strerror(errno));
+    if (std::filesystem::is_directory(file)) throw FileError(file, "a directory");
+    ByteString bytes;
+    char block[65536];
+    while (bytes.size() <= most && (stream.read(block, sizeof(block)), stream.gcount() > 0))
+        bytes.insert(bytes.end(), block, block + stream.gcount());
+    bytes.resize(std::min(bytes.size(), most + 1));
+    return bytes;
+}
+
+} // namespace
+
 Capture ReadCapture(const std::filesystem::path& file)
 {
-    const ByteString bytes = ReadBytes(file, mostFileBytes + 1); // one more shows that there are more
+    const ByteString bytes = ReadUpTo(file, mostFileBytes);
     return ParseFrame(bytes.data(), bytes.size());
 }
 
 ByteString ReadBytes(const std::filesystem::path& file, std::size_t most)
 {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file))
-        throw FileError(fmt::format("{}: {}", file.string(), stream ? "a directory" : std::strerror(errno)));
-    ByteString bytes;
-    char block[65536];
-    while (bytes.size() < most && (stream.read(block, sizeof(block)), stream.gcount() > 0))
-        bytes.insert(bytes.end(), block, block + stream.gcount());
-    bytes.resize(std::min(bytes.size(), most));
+    ByteString bytes = ReadUpTo(file, most);
+    if (bytes.size() > most) throw FileError(file, fmt::format("more than {} bytes", most));
     return bytes;
 }
 
@@ -119,7 +139,7 @@ void WriteFile(const std::filesystem::path& file, std::string_view content)
     std::ofstream stream(file, std::ios::binary);
     stream.write(content.data(), static_cast<std::streamsize>(content.size()));
     stream.close();
-    if (!stream) throw FileError(fmt::format("{}: {}", file.string(), std::strerror(errno)));
+    if (!stream) throw FileError(file, std::strerror(errno));
 }
 
 } // namespace inspect

@@ -29,12 +29,17 @@ struct Capture {
 inline constexpr std::size_t mostNameBytes = 64;
 inline constexpr std::size_t mostArenaBytes = std::size_t{16} << 20;
 // The largest message as JSON.
-inline constexpr std::size_t mostJsonBytes = 16 * mostArenaBytes;
+inline constexpr std::size_t mostJsonBytes = 12 * mostArenaBytes;
 
-// A file cannot be read or written, or is none of what was asked for. The text names it.
+// A file cannot be read or written. The text names it, and does nothing to a terminal.
 class FileError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    FileError(const std::filesystem::path& file, const std::string& reason);
+
+    const std::string& Reason() const { return reason_; }
+
+private:
+    std::string reason_;
 };
 
 Capture ParseFrame(const std::uint8_t* data, std::size_t size);
@@ -44,7 +49,7 @@ ByteString FrameOf(const Capture& capture);
 
 // These throw FileError.
 Capture ReadCapture(const std::filesystem::path& file);
-ByteString ReadBytes(const std::filesystem::path& file, std::size_t most); // what comes behind is left out
+ByteString ReadBytes(const std::filesystem::path& file, std::size_t most); // more than that are an error
 void WriteFile(const std::filesystem::path& file, std::string_view content);
 
 } // namespace inspect

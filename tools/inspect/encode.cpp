@@ -1,10 +1,12 @@
 #include "encode.h"
 
+#include "message.h"
 #include "printable.h"
 
 #include <common/all_records.h>
 #include <common/arena_size.h>
 #include <common/connector_state.h>
+#include <common/fault.h>
 #include <mur/utf8.h>
 
 #include <fmt/format.h>
@@ -15,6 +17,7 @@
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <type_traits>
 
 namespace inspect {
@@ -47,6 +50,93 @@ ByteString HexBytes(const Json& json, const std::string& path)
         bytes.push_back(static_cast<std::uint8_t>(digit(digits[i]) << 4 | digit(digits[i + 1])));
     return bytes;
 }
+
+// Makes values of the JSON text, but none of what is not needed, and refuses what no message has: depths, more values,
+// and a name that stands twice in its object.
+class JsonReader : public Json::json_sax_t {
+public:
+    // Throws EncodeError.
+    Json Read(std::string_view text)
+    {
+        if (!Json::sax_parse(text, this)) throw EncodeError("not JSON");
+        return std::move(whole_);
+    }
+    // The path of a name that occurs twice; empty where none does. That of the value begins with "value".
+    const std::string& Repeated() const { return repeated_; }
+
+    bool null() override { return Put(nullptr) != nullptr; }
+    bool boolean(bool value) override { return Put(value) != nullptr; }
+    bool number_integer(Json::number_integer_t value) override { return Put(value) != nullptr; }
+    bool number_unsigned(Json::number_unsigned_t value) override { return Put(value) != nullptr; }
+    bool number_float(Json::number_float_t value, const std::string&) override { return Put(value) != nullptr; }
+    bool string(std::string& value) override { return Put(std::move(value)) != nullptr; }
+    bool binary(Json::binary_t&) override { return false; } // GCOVR_EXCL_LINE: no text has any
+    bool start_object(std::size_t) override { return Open(Json::object()); }
+    bool start_array(std::size_t) override { return Open(Json::array()); }
+    bool end_object() override { return Close(); }
+    bool end_array() override { return Close(); }
+    bool key(std::string& name) override
+    {
+        if (around_.size() == 1) isNeeded_ = name == "record" || name == "arena" || name == "value";
+        around_.back().name = std::move(name);
+        if (isNeeded_ && repeated_.empty() && around_.back().values->contains(around_.back().name)) repeated_ = Path();
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
+
+private:
+    // The object around it, the value, and each step of a path, of which FieldPath has twice as many as any record: an
+    // object, or an array with its objects.
+    static constexpr std::size_t mostDepth = 2 + common::FieldPath::mostSteps;
+    // A parameter, the smallest element of a list without a limit, is three values and 16 bytes of the arena.
+    static constexpr std::size_t mostValues = mostArenaBytes / 4;
+
+    struct Level {
+        Json* values;     // an array or an object
+        std::string name; // in the object
+    };
+
+    // Where the value went.
+    Json* Put(Json value)
+    {
+        if (!isNeeded_) return &unneeded_;
+        if (++count_ > mostValues) throw EncodeError("more values than any message has");
+        if (around_.empty()) return &(whole_ = std::move(value));
+        Level& level = around_.back();
+        if (level.values->is_object()) return &((*level.values)[level.name] = std::move(value));
+        level.values->push_back(std::move(value));
+        return &level.values->back();
+    }
+    bool Open(Json empty)
+    {
+        if (around_.size() == mostDepth) throw EncodeError("nested deeper than any message");
+        around_.push_back({Put(std::move(empty)), {}});
+        return true;
+    }
+    bool Close()
+    {
+        around_.pop_back();
+        return true;
+    }
+    std::string Path() const
+    {
+        std::string path;
+        for (const Level& level : around_) {
+            if (level.values->is_array())
+                path += fmt::format("[{}]", level.values->size() - 1);
+            else
+                path += fmt::format("{}{}", path.empty() ? "" : ".", Printable(level.name));
+        }
+        return path;
+    }
+
+    Json whole_;
+    Json unneeded_;
+    std::vector<Level> around_; // the objects and arrays around what is read
+    bool isNeeded_ = true;
+    std::size_t count_ = 0;
+    std::string repeated_;
+};
 
 template <typename Number>
 Number NumberOf(const Json& json, const std::string& path)
@@ -102,28 +192,35 @@ std::string TextOf(const Json& json, std::uint64_t limit, const std::string& pat
     return text;
 }
 
+[[noreturn]] void FailAtRepeated(const std::vector<std::string>& values, const std::string& path)
+{
+    std::size_t i = 0;
+    for (std::set<std::string_view> before; before.insert(values[i]).second;)
+        ++i;
+    Fail(fmt::format("{}[{}]", path, i), "occurs before");
+}
+
 // A set that is gone over in the order given: with each element in a bucket of its own, the last one that was inserted
 // comes first.
 std::unordered_set<std::string> InOrder(const std::vector<std::string>& values, const std::string& path)
 {
+    const std::set<std::string_view> sorted(values.begin(), values.end());
+    if (sorted.size() != values.size()) FailAtRepeated(values, path);
     std::unordered_set<std::string> set;
     std::vector<std::size_t> buckets;
-    for (std::size_t count = values.size();; count *= 2) {
+    // The elements of few hundred strings hardly ever miss each other later; where somebody chose them, they never do.
+    for (std::size_t count = values.size(); count <= values.size() << 14; count = 2 * count + 1) {
         set.rehash(count);
         buckets.clear();
         for (const std::string& value : values)
             buckets.push_back(set.bucket(value));
         std::sort(buckets.begin(), buckets.end());
-        const bool isDistinct = std::adjacent_find(buckets.begin(), buckets.end()) == buckets.end();
-        if (isDistinct || count > values.size() << 20) break;
-        // Equal elements have equal buckets, however many there are.
-        for (std::size_t i = 0; count == values.size() && i < values.size(); ++i)
-            if (std::find(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(i), values[i]) !=
-                values.begin() + static_cast<std::ptrdiff_t>(i))
-                Fail(fmt::format("{}[{}]", path, i), "occurs before");
+        if (std::adjacent_find(buckets.begin(), buckets.end()) == buckets.end()) break;
     }
     for (auto value = values.rbegin(); value != values.rend(); ++value)
         set.insert(*value);
+    if (!std::equal(set.begin(), set.end(), values.begin(), values.end()))
+        Fail(path, "no set has its elements in this order");
     return set;
 }
 
@@ -214,6 +311,7 @@ void Take(kind::Entries<Most>, Map& map, const Json& json, const std::string& pa
                        [](const auto& a, const Record& b) { return a.first == b.first; }))
             return;
     } while (std::next_permutation(order.begin(), order.end()));
+    Fail(path, "no map has its entries in this order");
 }
 template <std::size_t Count, std::size_t Most>
 void Take(kind::EventTexts<Count, Most>, std::array<std::string, Count>& values, const Json& json,
@@ -264,14 +362,31 @@ void TakeRecord(Record& record, const Json& json, const std::string& path)
     }
 }
 
+// Bytes of the arena that stood there before.
+void PutLeft(std::uint8_t* begin, std::size_t size, const Json& arena)
+{
+    const auto left = arena.find("left");
+    if (left == arena.end()) return;
+    for (std::size_t i = 0; i < ArrayOf(*left, "arena.left").size(); ++i) {
+        const std::string path = fmt::format("arena.left[{}]", i);
+        const Json& each = (*left)[i];
+        if (!each.is_object() || !each.contains("offset") || !each.contains("byte"))
+            Fail(path, "not an object with an \"offset\" and a \"byte\"");
+        const auto offset = NumberOf<std::uint32_t>(each["offset"], path + ".offset");
+        if (offset >= size) Fail(path + ".offset", "outside the arena");
+        begin[offset] = NumberOf<std::uint8_t>(each["byte"], path + ".byte");
+    }
+}
+
 template <typename Record>
-void EncodeAs(Capture& capture, const Json& value)
+void EncodeAs(Capture& capture, const Json& value, const Json& before)
 {
     Record record{};
     TakeRecord(record, value, capture.record);
     try {
         ByteString room(common::ArenaSize(record, capture.start) + 8);
         std::uint8_t* const begin = room.data() + capture.start;
+        PutLeft(begin, room.size() - 8, before);
         zt_arena arena{begin, begin, begin + (room.size() - 8)};
         const common::WireOf<Record> wire = common::Conversion<Record>::Write(record, &arena);
         capture.wire.resize(sizeof(wire));
@@ -300,22 +415,28 @@ void EncodeState(Capture& capture, const Json& value)
 
 Capture Encode(std::string_view text)
 {
-    const Json json = Json::parse(text, nullptr, false);
-    if (json.is_discarded()) throw EncodeError("not JSON");
+    JsonReader reader;
+    Json json = reader.Read(text);
     if (!json.is_object() || !json.contains("record") || !json["record"].is_string() || !json.contains("value"))
         throw EncodeError(R"(not an object with a "record" and a "value")");
     Capture capture;
     capture.record = json["record"].get<std::string>();
-    if (json.contains("arena") && json["arena"].is_object() && json["arena"].contains("start"))
-        capture.start = NumberOf<std::uint64_t>(json["arena"]["start"], "arena.start") % 8;
+    if (std::string path = reader.Repeated(); !path.empty()) {
+        if (path.rfind("value", 0) == 0 && path != "value") path.replace(0, 5, Printable(capture.record));
+        Fail(path, "occurs twice");
+    }
+    Json& arena = json["arena"];
+    if (arena.is_null()) arena = Json::object();
+    if (!arena.is_object()) Fail("arena", "not an object");
+    if (arena.contains("start")) capture.start = NumberOf<std::uint64_t>(arena["start"], "arena.start") % 8;
 
-    bool isKnown = capture.record == "VynConnectorState";
+    bool isKnown = capture.record == stateName;
     if (isKnown) EncodeState(capture, json["value"]);
     common::ForEach(common::AllRecords{}, [&](auto tag) {
         using Record = typename decltype(tag)::Type;
         if (capture.record != common::Description<Record>::name) return;
         isKnown = true;
-        EncodeAs<Record>(capture, json["value"]);
+        EncodeAs<Record>(capture, json["value"], arena);
     });
     if (!isKnown) throw EncodeError(fmt::format("there is no record \"{}\"", Printable(capture.record)));
     return capture;

@@ -1,5 +1,7 @@
 #include "examiner.h"
 
+#include "printable.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -17,17 +19,12 @@ bool IsZero(const std::uint8_t* bytes, std::size_t size)
     return std::all_of(bytes, bytes + size, [](std::uint8_t byte) { return byte == 0; });
 }
 
-std::string Amount(std::uint64_t count)
-{
-    return fmt::format("{} byte{}", count, count == 1 ? "" : "s");
-}
-
 std::string Elsewhere(std::uint64_t offset, std::uint64_t due)
 {
     if (offset < due)
         return fmt::format("order other than the writer's: at offset {}, where the fields before it end at {}", offset,
                            due);
-    return fmt::format("{} behind the offset {} where a writer puts it", Amount(offset - due), due);
+    return fmt::format("{} behind the offset {} where a writer puts it", Amount(offset - due, "byte"), due);
 }
 
 } // namespace
@@ -135,8 +132,12 @@ void Examiner::BytesAt(const PointerClaim& claim)
     const bool resolves = Follow(claim) != nullptr;
     repeats_.last = claim.pointer;
     repeats_.lastResolves = resolves;
-    if (resolves && behind_.isSecret && claim.pointer.size != 0)
-        message_.secrets.emplace_back(claim.pointer.offset, claim.pointer.offset + claim.pointer.size);
+    if (!behind_.isSecret) return;
+    // Where the arena was cut off, or the pointer leads past its end, as much as is there.
+    const std::uint64_t size = message_.arena.size();
+    const std::uint64_t begin = std::min<std::uint64_t>(claim.pointer.offset, size);
+    const std::uint64_t end = std::min(std::uint64_t{claim.pointer.offset} + claim.pointer.size, size);
+    if (begin < end) message_.secrets.emplace_back(static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end));
 }
 
 const std::uint8_t* Examiner::ArrayAt(const PointerClaim& claim)
@@ -161,12 +162,12 @@ const std::uint8_t* Examiner::Resolve(const PointerClaim& claim)
     const std::uint64_t over = pointer.size % claim.elementSize;
     const Place target{true, pointer.offset, pointer.size};
     const auto partly = [&] {
-        return fmt::format("not a whole number of elements of {}: {} too many", Amount(claim.elementSize),
-                           Amount(over));
+        return fmt::format("not a whole number of elements of {}: {} too many", Amount(claim.elementSize, "byte"),
+                           Amount(over, "byte"));
     };
     if (end > message_.arena.size()) {
         Report(Reason::OutsideArena, target, [&] {
-            return fmt::format("outside the arena by {}{}", Amount(end - message_.arena.size()),
+            return fmt::format("outside the arena by {}{}", Amount(end - message_.arena.size(), "byte"),
                                over == 0 ? "" : ", and " + partly());
         });
         return nullptr;
@@ -192,18 +193,19 @@ const std::uint8_t* Examiner::Follow(const PointerClaim& claim)
     if (count > claim.most)
         Report(Reason::OverLimit, target, [&] {
             return fmt::format("over the writer's limit of {}: {} too many", claim.most,
-                               claim.elementSize == 1 ? Amount(count - claim.most)
-                                                      : fmt::format("{} elements", count - claim.most));
+                               Amount(count - claim.most, claim.elementSize == 1 ? "byte" : "element"));
         });
     if (count < claim.fewest) Report(Reason::Empty, target, [] { return "empty, which no writer writes"; });
     if (AlignUp(pointer.offset, claim.alignment) != pointer.offset)
-        Report(Reason::Unaligned, target,
-               [&] { return fmt::format("unaligned: its elements are aligned to {}", Amount(claim.alignment)); });
+        Report(Reason::Unaligned, target, [&] {
+            return fmt::format("unaligned: its elements are aligned to {}", Amount(claim.alignment, "byte"));
+        });
     else if (pointer.offset != due)
         Report(Reason::Misplaced, target, [&] { return Elsewhere(pointer.offset, due); });
     if (end > message_.top)
-        Report(Reason::BehindTop, target,
-               [&] { return fmt::format("behind the used part of the arena by {}", Amount(end - message_.top)); });
+        Report(Reason::BehindTop, target, [&] {
+            return fmt::format("behind the used part of the arena by {}", Amount(end - message_.top, "byte"));
+        });
     Own(pointer, claim.alignment);
     next_ = end;
     return place;
@@ -227,14 +229,17 @@ bool Examiner::EventText(zt_ptr_t pointer, std::uint64_t most)
         Report(Reason::OutsideUsedPart, target, [&] {
             return pointer.size == 0 && pointer.offset == message_.top
                        ? "empty at the top of the arena, where not even an empty string may stand"
-                       : fmt::format("outside the used part of the arena by {}", Amount(end - message_.top));
+                       : fmt::format("outside the used part of the arena by {}", Amount(end - message_.top, "byte"));
         });
         return true;
     }
-    if (isShown_) Current().resolves = true;
+    if (isShown_) {
+        Current().resolves = true;
+        Current().leavesByte = pointer.size == 0;
+    }
     if (pointer.size > most)
         Report(Reason::OverLimit, target, [&] {
-            return fmt::format("over the writer's limit of {}: {} too many", most, Amount(pointer.size - most));
+            return fmt::format("over the writer's limit of {}: {} too many", most, Amount(pointer.size - most, "byte"));
         });
     if (pointer.offset != next_) Report(Reason::Misplaced, target, [&] { return Elsewhere(pointer.offset, next_); });
     Own({pointer.offset, taken}, 1);
@@ -260,8 +265,8 @@ bool Examiner::Expect(bool holds, FaultKind fault)
     case FaultKind::Repeated: // of a key, or, as each element of a set is told, of that element
         if (!holds)
             Report(Reason::Repeated, place, [] { return "occurs before"; });
-        else if (repeats_.lastResolves && IsRepeated())
-            Report(Reason::Repeated, {true, repeats_.last.offset, repeats_.last.size}, [] { return "occurs before"; });
+        else if (repeats_.lastResolves)
+            repeats_.elements.push_back({repeats_.last, current_, repeats_.elements.size(), isShown_});
         repeats_.lastResolves = false;
         break;
     default:
@@ -272,25 +277,50 @@ bool Examiner::Expect(bool holds, FaultKind fault)
     return true;
 }
 
-bool Examiner::IsRepeated()
+// Those that lead to the same bytes are the same. Of the others, the texts are compared.
+void Examiner::FindRepeated()
 {
-    const zt_ptr_t last = repeats_.last;
-    if (!repeats_.pointers.insert(std::uint64_t{last.offset} << 32 | last.size).second) return true;
-    if ((compared_ += last.size) > mostCompared) return false;
-    const std::string_view text(reinterpret_cast<const char*>(arena_) + last.offset, last.size);
-    return !repeats_.texts.insert(text).second;
+    auto& elements = repeats_.elements;
+    KeepFirstOfEach(elements,
+                    [](const SetElement& element) { return std::pair(element.text.offset, element.text.size); });
+    elements.erase(
+        std::find_if(elements.begin(), elements.end(),
+                     [&](const SetElement& element) { return (compared_ += element.text.size) > mostCompared; }),
+        elements.end());
+    KeepFirstOfEach(elements, [&](const SetElement& element) {
+        return std::string_view(reinterpret_cast<const char*>(arena_) + element.text.offset, element.text.size);
+    });
+}
+
+// Sorting is all: its time does not depend on what a stranger chose for keys.
+template <typename Key>
+void Examiner::KeepFirstOfEach(std::vector<SetElement>& elements, Key key)
+{
+    std::sort(elements.begin(), elements.end(), [&](const SetElement& a, const SetElement& b) {
+        return key(a) != key(b) ? key(a) < key(b) : a.index < b.index;
+    });
+    auto kept = elements.begin();
+    for (const SetElement& element : elements) {
+        if (kept == elements.begin() || key(*(kept - 1)) != key(element))
+            *kept++ = element;
+        else
+            ReportAt(element.node, element.isShown, Reason::Repeated, {true, element.text.offset, element.text.size},
+                     [] { return "occurs before"; });
+    }
+    elements.erase(kept, elements.end());
 }
 
 // --- what is wrong with the arena as a whole ---
 
-void Examiner::Finish()
+void Examiner::Finish(bool holdsSecret)
 {
-    CollectSecrets();
     std::sort(owned_.begin(), owned_.end(), [](const Owned& a, const Owned& b) {
         return a.offset != b.offset ? a.offset < b.offset : a.order < b.order;
     });
     if (isAllOwned_) FindUnowned();
     FindOverlaps();
+    if (holdsSecret && message_.IsA() != Standing::Canonical) HideUnowned();
+    MergeSecrets();
     const auto rank = [](const Finding& finding) {
         return finding.reason == Reason::Damaged ? 0 : std::uint64_t{finding.node} + 1;
     };
@@ -313,42 +343,51 @@ void Examiner::FindOverlaps()
             const Owned& later = part.order > furthest->order ? part : *furthest;
             const Owned& earlier = part.order > furthest->order ? *furthest : part;
             const auto size = static_cast<std::uint32_t>(std::min(end, reached) - part.offset);
-            ReportAt(later.node, true, Reason::Overlap, {true, part.offset, size},
-                     [&] { return fmt::format("overlaps {} by {}", PathOf(message_, earlier.node), Amount(size)); });
+            ReportAt(later.node, true, Reason::Overlap, {true, part.offset, size}, [&] {
+                return fmt::format("overlaps {} by {}", PathOf(message_, earlier.node), Amount(size, "byte"));
+            });
         }
         if (end > reached) furthest = &part;
     }
 }
 
+// Calls `visit(from, to, next)` for what lies before each part and behind all of them, up to `end`; `next` is that part,
+// or null.
+template <typename Visit>
+void Examiner::ForEachHole(std::uint64_t end, Visit visit) const
+{
+    std::uint64_t reached = 0;
+    for (const Owned& part : owned_) {
+        if (part.offset > reached) visit(reached, std::uint64_t{part.offset}, &part);
+        reached = std::max(reached, std::uint64_t{part.offset} + part.size);
+    }
+    if (reached < end) visit(reached, end, static_cast<const Owned*>(nullptr));
+}
+
 // What lies between two parts is a gap where the second one is aligned, and else nobody's.
 void Examiner::FindUnowned()
 {
-    std::uint64_t reached = 0;
-    const auto unowned = [&](std::uint64_t from, std::uint64_t to) {
+    ForEachHole(message_.top, [&](std::uint64_t from, std::uint64_t to, const Owned* next) {
         const Place place{true, static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from)};
-        ReportAt(noNode, true, Reason::Unowned, place, [&] {
-            return fmt::format("{} of the arena at offset {} that no field owns", Amount(place.size), from);
-        });
-    };
-    for (const Owned& part : owned_) {
-        if (part.offset > reached) {
-            const std::uint64_t size = part.offset - reached;
-            const bool isGap = AlignUp(reached, part.alignment) == part.offset;
-            if (!isGap) {
-                unowned(reached, part.offset);
-            } else if (!IsZero(arena_ + reached, size)) {
-                const Place gap{true, static_cast<std::uint32_t>(reached), static_cast<std::uint32_t>(size)};
-                ReportAt(part.node, true, Reason::Gap, gap, [&] {
-                    return fmt::format("the gap before it, {} at offset {}, is not zero", Amount(size), gap.offset);
-                });
-            }
-        }
-        reached = std::max(reached, std::uint64_t{part.offset} + part.size);
-    }
-    if (reached < message_.top) unowned(reached, message_.top);
+        if (next == nullptr || AlignUp(from, next->alignment) != to)
+            ReportAt(noNode, true, Reason::Unowned, place, [&] {
+                return fmt::format("{} of the arena at offset {} that no field owns", Amount(place.size, "byte"), from);
+            });
+        else if (!IsZero(arena_ + from, place.size))
+            ReportAt(next->node, true, Reason::Gap, place, [&] {
+                return fmt::format("the gap before it, {} at offset {}, is not zero", Amount(place.size, "byte"), from);
+            });
+    });
 }
 
-void Examiner::CollectSecrets()
+void Examiner::HideUnowned()
+{
+    ForEachHole(message_.arena.size(), [&](std::uint64_t from, std::uint64_t to, const Owned*) {
+        message_.secrets.emplace_back(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to));
+    });
+}
+
+void Examiner::MergeSecrets()
 {
     auto& secrets = message_.secrets;
     std::sort(secrets.begin(), secrets.end());
@@ -372,7 +411,11 @@ template <typename Words>
 void Examiner::ReportAt(std::uint32_t node, bool isShown, Reason reason, const Place& place, Words words)
 {
     ++(IsRefused(reason) ? message_.refused : message_.tolerated);
-    if (!isShown || message_.findings.size() >= extent_.mostFindings) return;
+    if (!isShown) return;
+    // Each field that is shown keeps its first fault, and what readers refuse it for. Of the others there may be too many.
+    const bool isKept = node != noNode && (IsRefused(reason) || !message_.nodes[node].isFaulty);
+    if (!isKept && message_.findings.size() >= extent_.mostFindings) return;
+    if (node != noNode) message_.nodes[node].isFaulty = true;
     std::string path = node == noNode ? std::string() : PathOf(message_, node);
     message_.findings.push_back({reason, node, std::move(path), place, words(), "", ""});
 }

@@ -11,7 +11,7 @@
 
 #include <cstring>
 #include <type_traits>
-#include <unordered_set>
+#include <vector>
 
 namespace inspect {
 
@@ -107,6 +107,25 @@ Behind Of()
     return within;
 }
 
+// Whether anything that a message of the record leads to is secret.
+template <typename Record>
+bool HoldsSecret()
+{
+    bool holds = false;
+    vyn_connector::common::ForEachRow<Record>([&](auto row) {
+        using Row = decltype(row);
+        if constexpr (vyn_connector::common::isField<Row>) {
+            using Kind = typename Row::Kind;
+            using Domain = typename Row::InDomain::Type;
+            using Element = typename ElementOf<Kind, Domain>::Type;
+            holds = holds || Of<Kind, Domain>().isSecret;
+            if constexpr (std::is_base_of_v<kind::Nested, Kind>) holds = holds || HoldsSecret<Domain>();
+            if constexpr (!std::is_void_v<Element>) holds = holds || HoldsSecret<Element>();
+        }
+    });
+    return holds;
+}
+
 } // namespace behind
 
 class Examiner {
@@ -148,20 +167,21 @@ public:
         BytesAt(claim);
         return true;
     }
-    // An element is told that it is the first one: what an array repeats is found here, in less than the square of the
-    // time.
+    // An element is told that it is the first one: what a set repeats is found here when all its elements are known, in
+    // less than the square of the time whatever they are.
     template <typename Element>
     bool Array(const PointerClaim& claim, Element element)
     {
         const std::uint8_t* place = ArrayAt(claim);
-        const Repeats outer = std::exchange(repeats_, Repeats{});
+        Repeats outer = std::exchange(repeats_, Repeats{});
         const std::uint64_t count = place == nullptr ? 0 : claim.pointer.size / claim.elementSize;
         for (std::uint64_t i = 0; i < count; ++i, place += claim.elementSize) {
             const Scope scope = EnterElement(i, count, place, claim.elementSize);
             element(place, place);
             Leave(scope);
         }
-        repeats_ = outer;
+        FindRepeated();
+        repeats_ = std::move(outer);
         return true;
     }
     template <typename Element>
@@ -192,8 +212,9 @@ public:
     static constexpr std::string_view TextAt(zt_ptr_t) { return {}; }
     bool WouldPlaceAt(std::uint32_t offset, std::size_t alignment) const { return AlignUp(next_, alignment) == offset; }
 
-    // Says what else is wrong with the arena as a whole. Once, at the end.
-    void Finish();
+    // Says what else is wrong with the arena as a whole. Once, at the end. Bytes that no field owns may be what is left of
+    // a secret, where the record holds one.
+    void Finish(bool holdsSecret);
 
 private:
     // The node that was current before, and whether what it holds is shown.
@@ -209,10 +230,15 @@ private:
         std::uint32_t alignment : 4;
         std::uint32_t order; // in which the fields stand
     };
-    // What the elements of a set were so far.
+    struct SetElement {
+        zt_ptr_t text;
+        std::uint32_t node; // or the one around it that is shown
+        std::size_t index;
+        bool isShown;
+    };
+    // What the elements of a set were so far, and the text that was looked at last.
     struct Repeats {
-        std::unordered_set<std::uint64_t> pointers;
-        std::unordered_set<std::string_view> texts;
+        std::vector<SetElement> elements;
         zt_ptr_t last{};
         bool lastResolves = false;
     };
@@ -236,7 +262,9 @@ private:
     const std::uint8_t* Follow(const PointerClaim& claim);
     const std::uint8_t* Resolve(const PointerClaim& claim);
     void Own(zt_ptr_t pointer, std::size_t alignment);
-    bool IsRepeated();
+    void FindRepeated();
+    template <typename Key>
+    void KeepFirstOfEach(std::vector<SetElement>& elements, Key key);
 
     // Makes the words where somebody will see them.
     template <typename Words>
@@ -244,8 +272,11 @@ private:
     template <typename Words>
     void ReportAt(std::uint32_t node, bool isShown, Reason reason, const Place& place, Words words);
     void FindOverlaps();
+    template <typename Visit>
+    void ForEachHole(std::uint64_t end, Visit visit) const;
     void FindUnowned();
-    void CollectSecrets();
+    void HideUnowned();
+    void MergeSecrets();
 
     Message& message_;
     const Extent extent_;

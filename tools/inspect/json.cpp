@@ -5,21 +5,70 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <limits>
+
 namespace inspect {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Nothing in it does anything to a terminal.
+std::string Ascii(const Json& json, int indent = -1)
+{
+    return json.dump(indent, ' ', true);
+}
+
 class JsonWriter {
 public:
     // Fields of a valid message do not share their bytes; where they do, what is written is bounded all the same.
-    JsonWriter(const Message& message, bool showsSecrets)
-        : message_(message), showsSecrets_(showsSecrets), budget_(4096 + 2 * std::uint64_t{message.arena.size()})
+    JsonWriter(const Message& message, bool showsSecrets, std::size_t mostFields)
+        : message_(message),
+          showsSecrets_(showsSecrets),
+          mostFields_(mostFields),
+          budget_(4096 + 2 * std::uint64_t{message.arena.size()})
     {
     }
 
-    Json Whole()
+    // Lists go out line by line: as objects they would take many times their text.
+    std::string Text()
+    {
+        std::string text = Ascii(Head(), 2);
+        text.resize(text.size() - 2); // the end of the line and the brace
+        text += ",\n  \"faults\": ";
+        Faults(text);
+        text += ",\n  \"fields\": ";
+        Fields(text);
+        text += ",\n  \"value\": ";
+        for (const char c : Ascii(Value(), 2)) {
+            text += c;
+            if (c == '\n') text += "  ";
+        }
+        return text + "\n}\n";
+    }
+
+private:
+    class Lines {
+    public:
+        explicit Lines(std::string& text) : text_(text) { text_ += '['; }
+        Lines(const Lines&) = delete;
+        Lines& operator=(const Lines&) = delete;
+        ~Lines() { text_ += isEmpty_ ? "]" : "\n  ]"; }
+
+        void Add(const Json& line)
+        {
+            text_ += isEmpty_ ? "\n    " : ",\n    ";
+            text_ += Ascii(line);
+            isEmpty_ = false;
+        }
+
+    private:
+        std::string& text_;
+        bool isEmpty_ = true;
+    };
+
+    Json Head() const
     {
         Json json;
         json["record"] = Utf8(message_.record);
@@ -33,16 +82,17 @@ public:
         json["memory"] = message_.memory;
         json["wire"] = {{"size", message_.wire.size()}};
         json["arena"] = {{"size", message_.arena.size()}, {"top", message_.top}, {"start", message_.start}};
-        json["faults"] = Faults();
-        json["fields"] = Fields();
-        json["value"] = Value();
+        for (const Node& node : message_.nodes) {
+            if (!node.leavesByte || message_.IsSecret({true, node.pointer.offset, 1})) continue;
+            if (const std::uint8_t byte = message_.arena[node.pointer.offset]; byte != 0)
+                json["arena"]["left"].push_back({{"offset", node.pointer.offset}, {"byte", byte}});
+        }
         return json;
     }
 
-private:
-    Json Faults() const
+    void Faults(std::string& text) const
     {
-        Json faults = Json::array();
+        Lines lines(text);
         for (const Finding& finding : message_.findings) {
             Json fault;
             fault["reason"] = NameOf(finding.reason);
@@ -54,32 +104,44 @@ private:
             fault["words"] = Utf8(finding.words);
             if (!finding.exception.empty())
                 fault["reader"] = {{"exception", finding.exception}, {"text", finding.text}};
-            faults.push_back(std::move(fault));
+            lines.Add(fault);
         }
-        return faults;
     }
-    Json Fields() const
+    void Fields(std::string& text) const
     {
-        Json fields = Json::array();
+        Lines lines(text);
+        std::size_t left = mostFields_;
+        std::size_t cut = 0;
         for (std::uint32_t i = 1; i < message_.nodes.size(); ++i) {
             const Node& node = message_.nodes[i];
-            Json field;
-            field["path"] = Utf8(PathOf(message_, i));
-            field["kind"] = node.kind;
-            field["in"] = node.place.inArena ? "arena" : "wire";
-            field["offset"] = node.place.offset;
-            field["width"] = node.place.size;
-            if (node.hasPointer) {
-                field["limit"] = node.limit;
-                field["target"] = {{"offset", node.pointer.offset}, {"size", node.pointer.size}};
-                if (node.resolves) field["target"]["elements"] = node.Count();
+            if (left == 0 && node.role == Role::Element) {
+                ++cut;
+                while (i + 1 < message_.nodes.size() && message_.nodes[i + 1].depth > node.depth)
+                    ++i;
+                continue;
             }
-            if (const std::string value = ValueOf(message_, node, showsSecrets_); !value.empty())
-                field["shown"] = value;
-            if (!node.findings.empty()) field["faults"] = node.findings;
-            fields.push_back(std::move(field));
+            lines.Add(Field(i));
+            left -= left == 0 ? 0 : 1;
         }
-        return fields;
+        if (cut != 0) lines.Add({{"cut", cut}});
+    }
+    Json Field(std::uint32_t i) const
+    {
+        const Node& node = message_.nodes[i];
+        Json field;
+        field["path"] = Utf8(PathOf(message_, i));
+        field["kind"] = node.kind;
+        field["in"] = node.place.inArena ? "arena" : "wire";
+        field["offset"] = node.place.offset;
+        field["width"] = node.place.size;
+        if (node.hasPointer) {
+            field["limit"] = node.limit;
+            field["target"] = {{"offset", node.pointer.offset}, {"size", node.pointer.size}};
+            if (node.resolves) field["target"]["elements"] = node.Count();
+        }
+        if (const std::string value = ValueOf(message_, node, showsSecrets_); !value.empty()) field["shown"] = value;
+        if (!node.findings.empty()) field["faults"] = node.findings;
+        return field;
     }
 
     Json Value()
@@ -169,14 +231,27 @@ private:
 
     const Message& message_;
     const bool showsSecrets_;
+    const std::size_t mostFields_;
     std::uint64_t budget_;
 };
 
 } // namespace
 
-std::string ToJson(const Message& message, bool showsSecrets)
+Message InspectForJson(const Capture& capture, const Extent& extent)
 {
-    return JsonWriter(message, showsSecrets).Whole().dump(2) + "\n";
+    Message message = Inspect(capture, extent);
+    const bool isCut =
+        std::any_of(message.nodes.begin(), message.nodes.end(), [](const Node& node) { return node.cut != 0; });
+    if (!isCut || message.IsA() != Standing::Canonical) return message;
+    // Its fields share no bytes, so there are not more of them than the arena has room for.
+    constexpr std::size_t all = std::numeric_limits<std::size_t>::max();
+    message = {};
+    return Inspect(capture, {all, all, extent.mostFindings});
+}
+
+std::string ToJson(const Message& message, bool showsSecrets, std::size_t mostFields)
+{
+    return JsonWriter(message, showsSecrets, mostFields).Text();
 }
 
 } // namespace inspect

@@ -7,10 +7,14 @@
 
 namespace inspect {
 
-// An array shows as many elements as a valid message can have in JSON that somebody reads; more are cut.
-inline constexpr Extent jsonExtent{100000, 1000000, 1000};
+// Of a message that is not canonical, an array shows as many elements as somebody reads; more are cut.
+inline constexpr Extent jsonExtent{100000, 300000, 1000};
 
-// Of one message; ends with the end of a line.
-std::string ToJson(const Message& message, bool showsSecrets);
+// For ToJson: a canonical message is never cut, since its JSON is to be made the same message again.
+Message InspectForJson(const Capture& capture, const Extent& extent = jsonExtent);
+
+// Of one message; ends with the end of a line. All of it is ASCII. `value` is as whole as the message; of `fields`, which
+// nobody makes anything of, elements behind the first `mostFields` fields are left out.
+std::string ToJson(const Message& message, bool showsSecrets, std::size_t mostFields = jsonExtent.mostNodes);
 
 } // namespace inspect

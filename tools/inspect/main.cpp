@@ -6,6 +6,7 @@
 #include "listing.h"
 #include "map.h"
 #include "page.h"
+#include "printable.h"
 #include "progress.h"
 #include "tree.h"
 
@@ -14,8 +15,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +37,9 @@ struct Options {
     bool isDiff = false;
     bool follows = false;
     bool showsSecrets = false;
-    std::size_t start = 0;
-    std::size_t top = SIZE_MAX;
-    std::size_t elements = 0;
+    std::optional<std::size_t> start;
+    std::optional<std::size_t> top;
+    std::optional<std::size_t> elements;
 };
 
 // The command line asks for what cannot be done.
@@ -51,10 +54,16 @@ int StatusOf(inspect::Standing standing)
 }
 static_assert(static_cast<int>(inspect::Standing::Canonical) == 0 && static_cast<int>(inspect::Standing::Refused) == 2);
 
+int Complain(const std::exception& error)
+{
+    std::fprintf(stderr, "vyn-inspect: %s\n", error.what());
+    return wrongUse;
+}
+
 void Print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
-        throw inspect::FileError("the output cannot be written");
+        throw std::runtime_error("the output cannot be written");
 }
 
 inspect::Look LookOf(const Options& options)
@@ -63,22 +72,25 @@ inspect::Look LookOf(const Options& options)
     return {isColoured, options.showsSecrets};
 }
 
+// More fields than any message has whose fields share no bytes.
+constexpr std::size_t mostFields = 4000000;
+
 inspect::Extent ExtentOf(const Options& options)
 {
     inspect::Extent extent = options.isJson ? inspect::jsonExtent : inspect::Extent{};
-    if (options.elements != 0) {
-        extent.mostElements = options.elements;
-        extent.mostNodes = std::max(extent.mostNodes, inspect::jsonExtent.mostNodes);
+    if (options.elements) {
+        extent.mostElements = *options.elements;
+        extent.mostNodes = mostFields;
     }
     return extent;
 }
 
-inspect::Message ReadMessage(const Options& options, const inspect::Capture& capture)
+inspect::Message ReadMessage(const Options& options, inspect::Capture capture)
 {
-    inspect::Capture placed = capture;
-    placed.start = options.start;
-    if (options.top != SIZE_MAX) placed.top = options.top;
-    return inspect::Inspect(placed, ExtentOf(options));
+    capture.start = options.start.value_or(0);
+    if (options.top) capture.top = options.top;
+    const inspect::Extent extent = ExtentOf(options);
+    return options.isJson ? inspect::InspectForJson(capture, extent) : inspect::Inspect(capture, extent);
 }
 
 inspect::Capture RawCapture(const Options& options)
@@ -86,13 +98,12 @@ inspect::Capture RawCapture(const Options& options)
     if (options.files.size() != 2) throw UseError("--record takes two files: the wire structure and the arena");
     const std::vector<std::string_view> names = inspect::RecordNames();
     if (std::find(names.begin(), names.end(), options.record) == names.end())
-        throw UseError(fmt::format("there is no record {}; there are {}", options.record, fmt::join(names, ", ")));
+        throw UseError(fmt::format("there is no record {}; there are {}", inspect::Printable(options.record),
+                                   fmt::join(names, ", ")));
     inspect::Capture capture;
     capture.record = options.record;
     capture.wire = inspect::ReadBytes(options.files[0], inspect::mostArenaBytes);
-    capture.arena = inspect::ReadBytes(options.files[1], inspect::mostArenaBytes + 1);
-    if (capture.arena.size() > inspect::mostArenaBytes)
-        throw UseError(fmt::format("{}: more than {} bytes", options.files[1], inspect::mostArenaBytes));
+    capture.arena = inspect::ReadBytes(options.files[1], inspect::mostArenaBytes);
     return capture;
 }
 
@@ -102,31 +113,47 @@ void Show(const Options& options, const inspect::Message& message)
     if (!options.map.empty()) inspect::WriteFile(options.map, inspect::Map(message, options.showsSecrets));
     if (!options.html.empty()) inspect::WriteFile(options.html, inspect::Page(message, options.showsSecrets));
     if (options.isJson)
-        Print(inspect::ToJson(message, options.showsSecrets));
+        Print(inspect::ToJson(message, options.showsSecrets, ExtentOf(options).mostNodes));
     else if (options.map.empty() && options.html.empty())
         Print(inspect::Tree(message, LookOf(options)));
+}
+
+int ShowDirectory(const Options& options, const std::string& directory)
+{
+    if (!options.map.empty() || !options.html.empty() || options.isJson || options.start || options.top ||
+        options.elements || options.showsSecrets)
+        throw UseError(inspect::Printable(directory) + ": a directory, which is only listed");
+    const inspect::Listed listed = inspect::List(directory, options.follows, LookOf(options));
+    return listed.isWhole ? StatusOf(listed.worst) : wrongUse;
+}
+
+int ShowFile(const Options& options, const std::string& file, std::string_view heading)
+{
+    if (std::filesystem::is_directory(file)) return ShowDirectory(options, file);
+    const inspect::Message message = ReadMessage(options, inspect::ReadCapture(file));
+    Print(std::string(heading));
+    Show(options, message);
+    return StatusOf(message.IsA());
 }
 
 int ShowFiles(const Options& options)
 {
     const bool isOne = options.files.size() == 1;
     if (!isOne && !(options.map.empty() && options.html.empty())) throw UseError("--map and --html take one message");
-    inspect::Standing worst = inspect::Standing::Canonical;
+    int status = 0;
     inspect::Progress progress;
     for (std::size_t i = 0; i < options.files.size(); ++i) {
         progress.Show(i, options.files.size());
-        if (std::filesystem::is_directory(options.files[i])) {
-            if (!options.map.empty() || !options.html.empty() || options.isJson)
-                throw UseError(options.files[i] + ": a directory, which is only listed");
-            worst = std::max(worst, inspect::List(options.files[i], options.follows, LookOf(options)));
-            continue;
+        const std::string& file = options.files[i];
+        const bool hasHeading = !isOne && !options.isJson;
+        const std::string heading = fmt::format("{}{}:\n", i == 0 ? "" : "\n", inspect::Printable(file));
+        try {
+            status = std::max(status, ShowFile(options, file, hasHeading ? heading : ""));
+        } catch (const inspect::FileError& error) {
+            status = Complain(error);
         }
-        const inspect::Message message = ReadMessage(options, inspect::ReadCapture(options.files[i]));
-        if (!isOne && !options.isJson) Print(fmt::format("{}{}:\n", i == 0 ? "" : "\n", options.files[i]));
-        Show(options, message);
-        worst = std::max(worst, message.IsA());
     }
-    return StatusOf(worst);
+    return status;
 }
 
 int ShowDiff(const Options& options)
@@ -135,7 +162,8 @@ int ShowDiff(const Options& options)
     const inspect::Message a = ReadMessage(options, inspect::ReadCapture(options.files[0]));
     const inspect::Message b = ReadMessage(options, inspect::ReadCapture(options.files[1]));
     if (a.record != b.record)
-        throw UseError(fmt::format("--diff compares messages of one record; these are {} and {}", a.record, b.record));
+        throw UseError(fmt::format("--diff compares messages of one record; these are {} and {}",
+                                   inspect::Printable(a.record), inspect::Printable(b.record)));
     Print(inspect::Diff(a, b, LookOf(options)));
     return StatusOf(std::max(a.IsA(), b.IsA()));
 }
@@ -149,7 +177,7 @@ int Encode(const Options& options)
         const inspect::ByteString frame = inspect::FrameOf(capture);
         inspect::WriteFile(options.output, {reinterpret_cast<const char*>(frame.data()), frame.size()});
     } catch (const inspect::EncodeError& error) {
-        throw UseError(fmt::format("{}: {}", options.encode, error.what()));
+        throw UseError(fmt::format("{}: {}", inspect::Printable(options.encode), error.what()));
     }
     return 0;
 }
@@ -158,13 +186,16 @@ int Run(const Options& options)
 {
     const bool isShown = !options.isJson && options.map.empty() && options.html.empty();
     if (!options.encode.empty()) {
-        if (!options.files.empty() || options.isDiff || !isShown) throw UseError("--encode goes with --output alone");
+        const bool isAlone = options.files.empty() && options.record.empty() && !options.isDiff && !options.follows &&
+                             !options.showsSecrets && !options.start && !options.top && !options.elements && isShown;
+        if (!isAlone) throw UseError("--encode goes with --output alone");
         return Encode(options);
     }
     if (!options.output.empty()) throw UseError("--output goes with --encode");
     if (options.files.empty()) throw UseError("no file is given; --help says what can be");
     if (options.isDiff) {
-        if (!isShown || !options.record.empty()) throw UseError("--diff goes with two captures alone");
+        if (!isShown || !options.record.empty() || options.follows)
+            throw UseError("--diff goes with two captures alone");
         return ShowDiff(options);
     }
     if (options.follows && !(options.files.size() == 1 && std::filesystem::is_directory(options.files[0])))
@@ -173,6 +204,20 @@ int Run(const Options& options)
     const inspect::Message message = ReadMessage(options, RawCapture(options));
     Show(options, message);
     return StatusOf(message.IsA());
+}
+
+// Digits and nothing else: a minus is none.
+CLI::Validator Number(std::size_t least, std::size_t most)
+{
+    const auto complaint = [=](const std::string& text) {
+        std::size_t number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isNumber = error == std::errc() && end == text.data() + text.size();
+        return isNumber && number >= least && number <= most
+                   ? std::string()
+                   : fmt::format("{} is no number from {} to {}", text, least, most);
+    };
+    return CLI::Validator(complaint, "");
 }
 
 void AddOptions(CLI::App& app, Options& options)
@@ -185,11 +230,13 @@ void AddOptions(CLI::App& app, Options& options)
         ->type_name("NAME");
     app.add_option("--start", options.start, "The arena began N bytes past a multiple of 8")
         ->type_name("N")
-        ->check(CLI::Range(0, 7));
-    app.add_option("--top", options.top, "Only the first N bytes of the arena are in use")->type_name("N");
+        ->check(Number(0, 7));
+    app.add_option("--top", options.top, "Only the first N bytes of the arena are in use")
+        ->type_name("N")
+        ->check(Number(0, inspect::mostArenaBytes));
     app.add_option("--elements", options.elements, "Show N elements of each array")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(Number(1, mostFields));
     app.add_flag("--secrets", options.showsSecrets, "Show passwords");
     app.add_flag("--json", options.isJson, "Print JSON, for programs");
     app.add_option("--map", options.map, "Draw the bytes as a picture")->type_name("OUT.svg");
@@ -210,11 +257,13 @@ int Main(int argc, char** argv)
     AddOptions(app, options);
     try {
         app.parse(argc, argv);
+    } catch (const CLI::Success& success) { // help and version
+        return app.exit(success);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : wrongUse;
+        throw UseError(inspect::Printable(error.what()) + "; --help says what can be given");
     }
     const int status = Run(options);
-    if (std::fflush(stdout) != 0) throw inspect::FileError("the output cannot be written");
+    if (std::fflush(stdout) != 0) throw std::runtime_error("the output cannot be written");
     return status;
 }
 
@@ -225,7 +274,6 @@ int main(int argc, char** argv)
     try {
         return Main(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vyn-inspect: %s\n", error.what());
-        return wrongUse;
+        return Complain(error);
     }
 }

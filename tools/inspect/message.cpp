@@ -1,6 +1,7 @@
 #include "message.h"
 
 #include "examiner.h"
+#include "printable.h"
 
 #include <common/connector_state.h>
 #include <common/verify.h>
@@ -16,8 +17,6 @@ namespace inspect {
 namespace common = vyn_connector::common;
 
 namespace {
-
-constexpr std::string_view stateName = "VynConnectorState";
 
 // The arena where it stood, at least by its remainder by 8: what is aligned there is aligned here. Its address is not null
 // where it is empty.
@@ -55,25 +54,23 @@ void Damage(Message& message, std::string words)
 void FitWire(Message& message, std::size_t size)
 {
     if (message.wire.size() != size)
-        Damage(message,
-               fmt::format("a wire structure of {} bytes, where {} has {}", message.wire.size(), message.record, size));
+        Damage(message, fmt::format("a wire structure of {}, where {} has {}", Amount(message.wire.size(), "byte"),
+                                    message.record, size));
     message.wire.resize(size);
     message.nodes[0].place.size = static_cast<std::uint32_t>(size);
 }
 
 // What the reader throws at each of the faults that the tree shows. Both know a field by its path.
 template <typename Record>
-void TakeReadersWords(Message& message, const common::WireOf<Record>& wire, const zt_arena* arena,
-                      std::size_t mostFindings)
+void TakeReadersWords(Message& message, const common::WireOf<Record>& wire, const zt_arena* arena)
 {
     std::unordered_map<std::string, Finding*> refused;
     for (Finding& finding : message.findings)
         if (IsRefused(finding.reason) && finding.reason != Reason::Damaged) refused.emplace(finding.path, &finding);
-    std::size_t count = 0;
     common::Verify<Record>(wire, arena, [&](const common::Fault& fault) {
-        if (++count > mostFindings) return;
+        if (refused.empty() && !message.exception.empty()) return;
         const std::string path = message.record + "." + fault.Path();
-        if (count == 1) {
+        if (message.exception.empty()) {
             message.exception = fault.Exception();
             message.exceptionText = fault.Text();
             message.exceptionPath = path;
@@ -82,6 +79,7 @@ void TakeReadersWords(Message& message, const common::WireOf<Record>& wire, cons
         if (found == refused.end()) return;
         found->second->exception = fault.Exception();
         found->second->text = fault.Text();
+        refused.erase(found);
     });
 }
 
@@ -95,9 +93,9 @@ void InspectAs(Message& message, const Extent& extent)
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&wire);
     Examiner examiner(message, extent, bytes, arena.Get()->start);
     common::ExamineRecord<Record>(bytes, examiner);
-    examiner.Finish();
+    examiner.Finish(behind::HoldsSecret<Record>());
     message.memory = common::DecodedSize<Record>(wire, arena.Get());
-    TakeReadersWords<Record>(message, wire, arena.Get(), extent.mostFindings);
+    TakeReadersWords<Record>(message, wire, arena.Get());
 }
 
 // A state is a bare number without a table, and its reader throws nothing.
@@ -112,7 +110,7 @@ void InspectState(Message& message)
     node.role = Role::Field;
     node.name = "state";
     const auto state = common::CastFromZt(code);
-    node.kind = fmt::format("State of the code {}", code);
+    node.kind = "State";
     node.place.size = sizeof(code);
     node.content = Content::Number;
     node.isSigned = true;
@@ -127,7 +125,7 @@ void InspectState(Message& message)
     if (!state) report(Reason::Value, 1, node.place, fmt::format("{} is no state's code: reading it gives none", code));
     if (const auto size = static_cast<std::uint32_t>(message.arena.size()); size != 0)
         report(Reason::Unowned, noNode, {true, 0, size},
-               fmt::format("{} bytes of the arena at offset 0 that no field owns", size));
+               fmt::format("{} of the arena at offset 0 that no field owns", Amount(size, "byte")));
 }
 
 } // namespace
@@ -190,7 +188,8 @@ std::string_view NameOf(Standing standing)
 
 bool Message::IsSecret(const Place& place) const
 {
-    if (!place.inArena || place.size == 0) return false;
+    if (place.size == 0) return false;
+    if (!place.inArena) return !isKnown;
     const auto after = std::upper_bound(secrets.begin(), secrets.end(), std::pair(place.offset, 0xFFFFFFFFu));
     if (after != secrets.begin() && (after - 1)->second > place.offset) return true;
     return after != secrets.end() && after->first < std::uint64_t{place.offset} + place.size;
@@ -225,18 +224,20 @@ Message Inspect(const Capture& capture, const Extent& extent)
     for (const std::string& damage : capture.damage)
         Damage(message, damage);
 
-    bool isKnown = false;
     common::ForEach(common::AllRecords{}, [&](auto tag) {
         using Record = typename decltype(tag)::Type;
         if (capture.record != common::Description<Record>::name) return;
-        isKnown = true;
+        message.isKnown = true;
         InspectAs<Record>(message, extent);
     });
     if (capture.record == stateName) {
-        isKnown = true;
+        message.isKnown = true;
         InspectState(message);
     }
-    if (!isKnown) Damage(message, "no record has this name");
+    if (!message.isKnown) {
+        Damage(message, "no record has this name");
+        message.secrets.assign(1, {0, static_cast<std::uint32_t>(message.arena.size())});
+    }
     return message;
 }
 

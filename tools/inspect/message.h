@@ -80,11 +80,13 @@ struct Node {
     Role role = Role::Record;
     Content content = Content::None;
     bool isSecret = false;
+    bool isFaulty = false;
     bool isSigned = false;
     std::uint64_t bits = 0; // of a number, a flag or a time
     // A pointer, and what is said of it.
     bool hasPointer = false;
     bool resolves = false;
+    bool leavesByte = false; // it is empty and takes a byte all the same, which its writer leaves as it was
     zt_ptr_t pointer{};
     std::uint32_t elementSize = 1;
     std::uint64_t limit = 0; // bytes of a text or blob, elements of all others
@@ -102,12 +104,13 @@ std::string_view NameOf(Standing standing);
 
 struct Message {
     std::string record;
+    bool isKnown = false; // the record; of another nobody knows which bytes are secret
     ByteString wire;
     ByteString arena;
     std::size_t top = 0;
     std::size_t start = 0;   // the arena begins so far past a multiple of 8
     std::vector<Node> nodes; // the first is the record itself
-    // The first ones of each node, in the order of the tree.
+    // In the order of the tree: of each node the first one and all that readers refuse, and the others up to a number.
     std::vector<Finding> findings;
     // All of them, shown or not.
     std::uint64_t refused = 0;
@@ -124,6 +127,7 @@ struct Message {
     {
         return refused != 0 ? Standing::Refused : tolerated != 0 ? Standing::Tolerated : Standing::Canonical;
     }
+    // Whether any byte of it is.
     bool IsSecret(const Place& place) const;
     const std::uint8_t* At(const Place& place) const { return (place.inArena ? arena : wire).data() + place.offset; }
 };
@@ -134,11 +138,14 @@ std::string PathOf(const Message& message, std::uint32_t node);
 struct Extent {
     std::size_t mostElements = 1000; // of each array
     std::size_t mostNodes = 50000;
-    std::size_t mostFindings = 1000;
+    std::size_t mostFindings = 1000; // beside those that every field keeps
 };
 
 // Never fails; bytes that are no message of any record are one with faults.
 Message Inspect(const Capture& capture, const Extent& extent = {});
+
+// A state is a bare number and no record with a table.
+inline constexpr std::string_view stateName = "VynConnectorState";
 
 // The names of the records whose messages are known.
 std::vector<std::string_view> RecordNames();

@@ -20,6 +20,8 @@ using Json = nlohmann::ordered_json;
 constexpr std::size_t bytesInRow = 16;
 // What is not in sight is laid out a hundred lines at a time.
 constexpr std::size_t linesInChunk = 100;
+// Faults on top; all of them are marked in the tree.
+constexpr std::size_t mostListed = 1000;
 
 class PageWriter {
 public:
@@ -92,11 +94,15 @@ private:
     void Faults()
     {
         Add(R"(<ul class="faults" aria-label="faults">)");
+        std::size_t listed = 0;
         for (const bool isRefused : {true, false})
-            for (const Finding& finding : message_.findings)
-                if (IsRefused(finding.reason) == isRefused) Fault(finding);
-        if (const std::uint64_t all = message_.refused + message_.tolerated; all > message_.findings.size())
-            Add("<li><p>... and {} more</p></li>", all - message_.findings.size());
+            for (const Finding& finding : message_.findings) {
+                if (IsRefused(finding.reason) != isRefused || listed == mostListed) continue;
+                Fault(finding);
+                ++listed;
+            }
+        if (const std::uint64_t all = message_.refused + message_.tolerated; all > listed)
+            Add("<li><p>... and {} more</p></li>", all - listed);
         Add("</ul>\n");
     }
 
@@ -206,8 +212,8 @@ private:
     {
         Run run;
         for (std::size_t i = begin; i < end; ++i) {
-            const bool isMasked =
-                !showsSecrets_ && inArena && message_.IsSecret({true, static_cast<std::uint32_t>(i), 1});
+            const Place byte{inArena, static_cast<std::uint32_t>(i), 1};
+            const bool isMasked = !showsSecrets_ && message_.IsSecret(byte);
             const char c = static_cast<char>(content[i]);
             const bool isPrintable = c >= 0x20 && c < 0x7F;
             run.hex += isMasked ? "**" : fmt::format("{:02x}", content[i]);

@@ -24,13 +24,15 @@ struct Codec {
 
     // Throws std::runtime_error, naming the field, for what Decode would refuse, and for a message that makes its reader
     // allocate far more than it has itself: all the elements of a list may point to the same long string. Honest messages
-    // take a few times their bytes; the reader of update identifiers reserves sixteen times that.
+    // take a few times their bytes; the reader of update identifiers reserves sixteen times that. A small one may take
+    // more: the tables of four sets and of the map around them alone are over a kilobyte.
     static void Check(const Wire& wire, const std::vector<std::uint8_t>& arena)
     {
         constexpr std::uint64_t mostTimes = 16;
+        constexpr std::uint64_t always = 4096;
         const zt_arena received = vyn_connector::common::ArenaOf(arena.data(), arena.size());
         const auto fault =
-            vyn_connector::common::Verify<Record>(wire, &received, mostTimes * (sizeof(wire) + arena.size()));
+            vyn_connector::common::Verify<Record>(wire, &received, always + mostTimes * (sizeof(wire) + arena.size()));
         if (!fault) return;
         // The words of most readers do not name the field.
         const std::string path = fault->Path();
