@@ -178,8 +178,6 @@ TEST(RecordFormat, LongTextsAreShortenedBetweenCharacters)
     const std::string cut = std::string(126, 'x') + "\xe2\x82\xac";
     EXPECT_THAT(fmt::format("{:c}", ClientCertParams{cut, "", false, 0}),
                 HasSubstr("{field1: \"" + std::string(126, 'x') + "\"... (129 bytes), "));
-    EXPECT_THAT(fmt::format("{}", ClientCertParams{std::string(129, '\x81'), "", false, 0}),
-                HasSubstr("field1                          ... (129 bytes)\n"));
 }
 
 TEST(RecordFormat, ATextOfJustTheLongestIsWholeWhateverFollowsItInTheArena)
@@ -195,7 +193,7 @@ TEST(RecordFormat, ATextOfJustTheLongestIsWholeWhateverFollowsItInTheArena)
 
 TEST(RecordFormat, LongTextsWithoutCharactersAreShortenedToo)
 {
-    std::string shown;
+    std::string shown; // 128 bytes but for the three that could be of one character
     for (int i = 0; i < 125; ++i)
         shown += R"(\x80)";
     EXPECT_EQ(fmt::format("{}", FileInfoParams{std::string(200, '\x80')}),

@@ -279,7 +279,7 @@ TEST(VerifyCanonical, FindsBytesBehindTheTopBeforeTheGapBeforeThem)
     arena.Put(0, "'srv' 01 00*4 01 00*7 02 00*7");
     ExpectTolerated(VerifyCanonical<ServerConnectionParameters>({{0, 3}, {0, 0}, {0, 0}, {8, 16}}, arena.Get()),
                     {"timeouts", FaultKind::BehindTop, {8, 16}, 1},
-                    "timeouts: 1 bytes behind the used part of the arena");
+                    "timeouts: 1 byte behind the used part of the arena");
 }
 
 TEST(VerifyCanonical, FindsBytesBeforeTheFirstField)
