@@ -24,7 +24,7 @@ TEST(Budget, TakesEveryRecordFromTheSmallestToTheFullest)
     common::ForEach(common::AllRecords{}, [](auto tag) {
         using Record = typename decltype(tag)::Type;
         SCOPED_TRACE(exchange::Codec<Record>::name);
-        for (const std::uint64_t size : {0, 1, 2, 3, 4, 15, 16, 128, 1024})
+        for (const std::uint64_t size : {0UL, 1UL, 2UL, 3UL, 4UL, 15UL, 16UL, 128UL, 1024UL})
             ExpectTaken(any_record::OfSize<Record>(size));
         constexpr std::size_t reachable = std::size_t{64} << 20;
         if constexpr (exchange::Codec<Record>::maxSize < reachable) ExpectTaken(any_record::OfSize<Record>(1 << 20));
