@@ -53,6 +53,7 @@ ByteString HexBytes(const Json& json, const std::string& path)
 
 // Makes values of the JSON text, but none of what is not needed, and refuses what no message has: depths, more values,
 // and a name that stands twice in its object.
+// NOLINTNEXTLINE(bugprone-exception-escape): what a null Json asserts of itself holds
 class JsonReader : public Json::json_sax_t {
 public:
     // Throws EncodeError.
@@ -371,7 +372,7 @@ void PutLeft(std::uint8_t* begin, std::size_t size, const Json& arena)
         const std::string path = fmt::format("arena.left[{}]", i);
         const Json& each = (*left)[i];
         if (!each.is_object() || !each.contains("offset") || !each.contains("byte"))
-            Fail(path, "not an object with an \"offset\" and a \"byte\"");
+            Fail(path, R"(not an object with an "offset" and a "byte")");
         const auto offset = NumberOf<std::uint32_t>(each["offset"], path + ".offset");
         if (offset >= size) Fail(path + ".offset", "outside the arena");
         begin[offset] = NumberOf<std::uint8_t>(each["byte"], path + ".byte");
