@@ -401,8 +401,8 @@ again; whatever message objects or builders a library needs in between are part 
 allows that. Reading builds a new record, whose destruction is part of the time. Before anything is measured, each
 library's result is compared with the original. Everybody is called through a pointer: this library's functions in its
 shared library as it is installed, the others through a virtual function. All run in one process, bound to one core, in
-random order; memory that was given back stays with the process. FlatBuffers' messages are verified before they are read; texts are bytes to Protocol Buffers and Cap'n
-Proto, so that nobody pays for an encoding. zpp_bits, struct_pack and bitsery take part where
+random order; memory that was given back stays with the process. FlatBuffers' messages are verified before they are
+read; texts are bytes to Protocol Buffers and Cap'n Proto, so that nobody pays for an encoding. zpp_bits, struct_pack and bitsery take part where
 `-DVYN_CONNECTOR_COMMON_BENCH_PEERS=FOLDER`, an argument of `scripts/bench`, names a folder with their headers.
 
 Looking at a message is one function for each way and question, called through a pointer. Before anything is measured,

@@ -209,13 +209,16 @@ inline VynSubscriptionsWithHash AsInMessage(const common::RecordView<VynSubscrip
 // The byte that an empty string of an event takes is left to chance.
 inline void ClearWhatEmptyStringsTake(const common::WireOf<VynEvent>& wire, std::uint8_t* arena)
 {
-    const auto clear = [arena](zt_ptr_t text) {
-        if (text.size == 0) arena[text.offset] = 0;
-    };
-    for (const zt_ptr_t text : {wire.field1, wire.field3, wire.field4, wire.field5, wire.field6, wire.field7})
-        clear(text);
-    for (const zt_ptr_t text : wire.stringArray)
-        clear(text);
+    common::ForEachRow<VynEvent>([&](auto row) {
+        using Row = decltype(row);
+        if constexpr (std::is_class_v<typename Row::InDomain::Type>) { // a string or an array of them
+            for (std::size_t at = Row::offset; at < Row::offset + Row::width; at += sizeof(zt_ptr_t)) {
+                zt_ptr_t text;
+                std::memcpy(&text, reinterpret_cast<const std::uint8_t*>(&wire) + at, sizeof(text));
+                if (text.size == 0) arena[text.offset] = 0;
+            }
+        }
+    });
 }
 
 // Whose order is free. In another order, the sets of a map have other gaps before them.
