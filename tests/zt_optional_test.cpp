@@ -314,6 +314,24 @@ TEST(OptionalReader, CopiesNothing)
     EXPECT_EQ(**value, 7);
 }
 
+TEST(OptionalReader, TakesWhatCannotBeMoved)
+{
+    struct Fixed {
+        explicit Fixed(int given) : kind(given) {}
+        Fixed(Fixed&&) = delete;
+        int kind;
+    };
+    TestArena arena(12);
+    arena.Put(0, "07 00*11");
+    const zt_ptr_t pointer{0, 12};
+
+    const auto value = ZtToOptional<SmallWire, Fixed>(
+        &pointer, arena.Get(), [](const SmallWire& wire, const zt_arena*) { return Fixed(wire.kind); });
+
+    ASSERT_TRUE(value.has_value());
+    EXPECT_EQ(value->kind, 7);
+}
+
 TEST(Optional, ComesBackAsItWasWritten)
 {
     for (const std::optional<std::string>& value :

@@ -8,7 +8,7 @@ namespace vyn_connector::common {
 namespace detail {
 
 template <typename Row, typename Source>
-void WriteRow(const Source& value, std::uint8_t* wire, zt_arena* arena)
+[[gnu::cold]] void WriteRow(const Source& value, std::uint8_t* wire, zt_arena* arena)
 {
     if constexpr (isField<Row>)
         Row::Kind::template Write<typename Row::OnWire::Type>(Row::InDomain::Of(value), wire + Row::offset, arena);

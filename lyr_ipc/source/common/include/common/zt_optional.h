@@ -39,7 +39,8 @@ std::optional<Domain> ZtToOptional(const zt_ptr_t* ptr, const zt_arena* arena, C
     const void* const array = zt_arena_resolve(arena, ptr, sizeof(Wire), &count);
     if (array == nullptr) detail::RaiseOutside(optional.outside, ptr->offset);
     if (count == 0) return std::nullopt;
-    return convert(detail::Load<Wire>(array), arena);
+    return std::optional<Domain>(std::in_place,
+                                 detail::Lazy{[&]() -> Domain { return convert(detail::Load<Wire>(array), arena); }});
 }
 
 // An optional string's slot holds the zt_ptr_t of its bytes: two levels, not a string pointer of size 0, so that

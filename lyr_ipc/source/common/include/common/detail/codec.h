@@ -16,6 +16,7 @@
 
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace vyn_connector::common::detail {
 
@@ -140,5 +141,14 @@ void Store(void* bytes, const Wire& value) noexcept
     static_assert(std::is_trivially_copyable_v<Wire>);
     __builtin_memcpy(bytes, &value, sizeof(value));
 }
+
+// Becomes what `make` returns where it is converted, so that whoever holds it builds the value in place.
+template <typename Make>
+struct Lazy {
+    Make make;
+    operator decltype(std::declval<const Make&>()())() const { return make(); }
+};
+template <typename Make>
+Lazy(Make) -> Lazy<Make>;
 
 } // namespace vyn_connector::common::detail

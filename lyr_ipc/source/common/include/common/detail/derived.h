@@ -22,7 +22,7 @@ std::size_t PutRecord(const Source& value, std::uint8_t* wire, std::size_t at, R
 template <typename Domain>
 Domain ReadRecord(const std::uint8_t* wire, Bounds arena);
 
-// The same for the elements of a list: inlined into its loop.
+// The same for the elements of a list and what an optional holds: inlined where it stands.
 template <typename Domain>
 Domain ReadElement(const std::uint8_t* wire, Bounds arena);
 

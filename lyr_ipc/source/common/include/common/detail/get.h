@@ -4,8 +4,6 @@
 
 #include <common/detail/codec.h>
 
-#include <utility>
-
 namespace vyn_connector::common::detail {
 
 // What a null arena is read as: nothing lies in it, so the first pointer that is looked at fails.
@@ -39,14 +37,5 @@ inline Bounds BoundsOf(const zt_arena* arena) noexcept
     if (address == 0) RaiseUnresolved(codec.file, codec.reading.arena, codec.outside, arena, pointer);
     return reinterpret_cast<const std::uint8_t*>(address);
 }
-
-// Becomes what `make` returns where it is converted, so that whoever holds it builds the value in place.
-template <typename Make>
-struct Lazy {
-    Make make;
-    operator decltype(std::declval<const Make&>()())() const { return make(); }
-};
-template <typename Make>
-Lazy(Make) -> Lazy<Make>;
 
 } // namespace vyn_connector::common::detail

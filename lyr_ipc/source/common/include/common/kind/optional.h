@@ -2,6 +2,7 @@
 // Optional<Kind>: what is absent is written as {0, 0}; of several elements a reader takes the first.
 #pragma once
 
+#include <common/detail/derived.h>
 #include <common/detail/get.h>
 #include <common/detail/put.h>
 #include <common/detail/reach.h>
@@ -67,7 +68,7 @@ struct Optional {
         const auto pointer = detail::Load<zt_ptr_t>(wire);
         const std::uint8_t* const slot = detail::Get(detail::codec::optional, pointer, arena, sizeof(Slot));
         if (pointer.size == 0) return std::nullopt;
-        return Domain(std::in_place, detail::Lazy{[&] { return Kind::template Read<Value, Slot>(slot, arena); }});
+        return Domain(std::in_place, detail::Lazy{[&] { return ReadSlot<Value, Slot>(slot, arena); }});
     }
     template <typename Domain, typename Wire, typename Access>
     static auto View(const std::uint8_t* wire, const Access& access)
@@ -115,6 +116,16 @@ private:
     static constexpr bool JoinsValue()
     {
         return Kind::template Joins<Value, typename Kind::template Element<Value>>();
+    }
+
+    // Inlined, as the elements of lists are.
+    template <typename Value, typename Slot>
+    [[gnu::always_inline]] static Value ReadSlot(const std::uint8_t* slot, detail::Bounds arena)
+    {
+        if constexpr (isDescribed<Value>)
+            return detail::ReadElement<Value>(slot, arena);
+        else
+            return Kind::template Read<Value, Slot>(slot, arena);
     }
 
     template <typename Value>
