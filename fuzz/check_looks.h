@@ -129,10 +129,13 @@ private:
     }
 };
 
-template <typename Record>
-std::optional<model::Failure> FailureOfFault(const common::Fault& fault)
+// What the fault throws, which it also names.
+inline std::optional<model::Failure> Raised(const common::Fault& fault)
 {
-    return FailureOf([&] { fault.Raise(); });
+    auto raised = FailureOf([&] { fault.Raise(); });
+    Require(raised->type == fault.Exception(), "a fault names another type than it throws");
+    Require(raised->text == fault.Text(), "a fault gives another text than it throws");
+    return raised;
 }
 
 // `failure` and `status` are the reader's, and so is `record`, which is null where it failed.
@@ -159,13 +162,11 @@ void CheckLooks(const common::WireOf<Record>& wire, const zt_arena* arena, const
                 name + "the first of all faults is another one");
         Require(fault->IsRefused(), name + "a fault that readers refuse says that they do not");
         if (failure.has_value()) {
-            Require(FailureOfFault<Record>(*fault) == failure, name + "Raise throws something else than the reader");
+            Require(Raised(*fault) == failure, name + "Raise throws something else than the reader");
             Require(fault->Path() == looks.path, name + "a fault at " + fault->Path() + ", thrown at " + looks.path);
-            Require(fault->Exception() == failure->type, name + "another type is named");
-            Require(fault->Text() == failure->text, name + "another text is given");
         }
         if constexpr (std::is_same_v<Record, VynEvent>)
-            Require(FailureOf([&] { common::Conversion<Record>::Read(wire, arena); }) == FailureOfFault<Record>(*fault),
+            Require(FailureOf([&] { common::Conversion<Record>::Read(wire, arena); }) == Raised(*fault),
                     name + "Decode throws something else than Raise");
         Require(!common::Verified<Record>(wire, arena).has_value(), name + "a view of a message with a fault");
         Require(common::VerifyCanonical<Record>(wire, arena).has_value(), name + "canonical, with a fault");
@@ -184,7 +185,7 @@ void CheckLooks(const common::WireOf<Record>& wire, const zt_arena* arena, const
     if (size == 0) return;
     const auto over = common::Verify<Record>(wire, arena, size - 1);
     Require(over.has_value() && over->Kind() == common::FaultKind::OverBudget, name + "within a budget of less");
-    Require(FailureOfFault<Record>(*over)->text == over->Text(), name + "Raise and Text differ");
+    Raised(*over);
 }
 
 // Without the entry for severity 0 that reading adds to subscriptions.
@@ -236,7 +237,7 @@ void CheckCanonical(const common::WireOf<Record>& wire, const zt_arena& arena, c
     const std::optional<common::Fault> departure = common::VerifyCanonical<Record>(wire, &arena);
     if (departure.has_value()) {
         Require(!departure->IsRefused(), "a good message is refused");
-        Require(FailureOf([&] { departure->Raise(); })->text == departure->Text(), "Raise and Text differ");
+        Raised(*departure);
         return;
     }
     const auto used = static_cast<std::size_t>(arena.top - arena.start);

@@ -386,6 +386,7 @@ std::optional<model::Failure> FailureOf(Call&& call)
         return FromRuntime(error, typeid(error).name());
     } catch (const std::exception& error) {
         if (typeid(error) == typeid(std::out_of_range)) return model::Failure{"std::out_of_range", error.what()};
+        if (typeid(error) == typeid(std::runtime_error)) return model::Failure{"std::runtime_error", error.what()};
         if (typeid(error) == typeid(std::length_error)) return model::Failure{"std::length_error", error.what()};
         if (typeid(error) == typeid(std::bad_alloc)) return model::Failure{"std::bad_alloc", "std::bad_alloc"};
         return model::Failure{typeid(error).name(), error.what()};

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the messages of tests/messages as inputs of the fuzz targets that read messages, into FOLDER/records,
-FOLDER/event and FOLDER/inspect. Those over 2,000 bytes are left out: what is special about them is their size, and small inputs get there
-by aliasing. Usage: seed.py FOLDER"""
+FOLDER/event and FOLDER/inspect. Those over 2,000 bytes are left out: what is special about them is their size, and
+small inputs get there by aliasing. Usage: seed.py FOLDER"""
 import pathlib
 import re
 import sys

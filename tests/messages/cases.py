@@ -392,6 +392,8 @@ add("LicenseInfo", "two_keys_in_one", "Of a slot with two elements the first is 
 add("LicenseInfo", "overlapping", "Both are the same key.", LICENSE,
     change=lambda m: m.point("keyInfo2", *m.pointer("keyInfo1")), reads={"keyInfo1": KEY, "keyInfo2": KEY})
 add("LicenseInfo", "over_limit", "Strings of any length are read.", but(LICENSE, keyInfo2__field8="k" * 129))
+add("LicenseInfo", "gaps_not_zero", "What stands in the gaps before arrays and slots does not matter to a reader.",
+    LICENSE, start=5, change=lambda m: m.fill_gaps(b"\x5a"))
 
 APP = {"productInfo": PRODUCT, "licenseInfo": LICENSE, "deviceInfo": DEVICE}
 usual("AppInfo", APP, {"productInfo": NO_PRODUCT, "licenseInfo": NO_LICENSE, "deviceInfo": NO_DEVICE},
@@ -686,6 +688,8 @@ add(RECORD, "at_limit", "Every string is as long as it may be written, and every
 add(RECORD, "over_limit", "Strings of any length are read.",
     but(EVENT, field1="a" * 2000, field3="c" * 129, field4="d" * 129, field5="e" * 65, field6="f" * 129,
         field7="g" * 1025, stringArray=[letter * 513 for letter in "ABCDEFGHI"]))
+add(RECORD, "field5_over_limit", "One byte more than may be written, and all else as it is written.",
+    but(EVENT, field5="e" * 65))
 add(RECORD, "below_top", "Everything lies below the top; what follows it does not matter.", EVENT, top=EVENT_SIZE,
     change=with_room)
 add(RECORD, "severity_0", "The least severity.", but(EVENT, severity=0), encode=True)

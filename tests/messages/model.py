@@ -692,6 +692,11 @@ class Message:
         cell = self.cell(path, ("number", "signed"))
         self.spoil(cell, value.to_bytes(len(cell.data), "little"))
 
+    def fill_gaps(self, byte):
+        for cell in self.arena:
+            if cell.meaning == "padding":
+                self.spoil(cell, byte * len(cell.data))
+
     @staticmethod
     def spoil(cell, data):
         cell.spoilt = cell.spoilt or cell.data != data
