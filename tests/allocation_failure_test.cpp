@@ -5,6 +5,7 @@
 #include "conversion.h"
 
 #include "arena.h"
+#include "replaced_new.h"
 
 #include <common/arena_size.h>
 #include <mur/raise.h>
@@ -28,39 +29,22 @@ struct Allocations {
 Allocations allocations;
 bool counting = false;
 
-// Null for the one that is to fail.
-void* Allocate(std::size_t size)
+} // namespace
+
+void* replaced::Allocate(std::size_t size)
 {
     if (counting) {
         ++allocations.made;
         if (allocations.made == allocations.failing) return nullptr;
         ++allocations.live;
     }
-    return std::malloc(size == 0 ? 1 : size);
+    return FromHeap(size);
 }
 
-void Free(void* memory)
+void replaced::Free(void* memory) noexcept
 {
     if (counting && memory != nullptr) --allocations.live;
     std::free(memory);
-}
-
-} // namespace
-
-// Not inlined, so that compilers do not take the pairs for mistakes.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    void* const memory = Allocate(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    Free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    Free(memory);
 }
 
 namespace {
@@ -104,8 +88,8 @@ class SharedAllocator : public mur::allocator_interface {
 public:
     void AddReference() override { ++references; }
     void ReleaseReference() override { --references; }
-    void* Allocate(std::size_t bytes) override { return ::Allocate(bytes); }
-    void Free(void* memory) override { ::Free(memory); }
+    void* Allocate(std::size_t bytes) override { return replaced::Allocate(bytes); }
+    void Free(void* memory) override { replaced::Free(memory); }
 
     int references = 0;
 };

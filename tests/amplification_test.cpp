@@ -4,6 +4,8 @@
 #include <common/verify.h>
 #include <common/vyn_connector_common.h>
 
+#include "replaced_new.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -25,20 +27,14 @@ Asked asked;
 
 } // namespace
 
-// Not inlined, so that compilers do not take the pairs for mistakes.
-[[gnu::noinline]] void* operator new(std::size_t size)
+void* replaced::Allocate(std::size_t size)
 {
     asked.bytes += size;
     asked.largest = std::max(asked.largest, size);
-    void* const memory = size > asked.limit ? nullptr : std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
+    return size > asked.limit ? nullptr : FromHeap(size);
 }
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+
+void replaced::Free(void* memory) noexcept
 {
     std::free(memory);
 }

@@ -1,10 +1,9 @@
 // What a call takes from the heap: for the one source of a program, since it replaces the operators.
 #pragma once
 
-#include <cstddef>
+#include "replaced_new.h"
+
 #include <cstdint>
-#include <cstdlib>
-#include <new>
 
 struct Allocations {
     std::size_t count = 0;
@@ -18,22 +17,16 @@ inline Allocations made;
 
 } // namespace counted
 
-// Not inlined, so that compilers do not take the pairs for mistakes.
-[[gnu::noinline]] void* operator new(std::size_t size)
+inline void* replaced::Allocate(std::size_t size)
 {
     if (counted::counting) {
         ++counted::made.count;
         counted::made.bytes += size;
     }
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
+    return FromHeap(size);
 }
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+
+inline void replaced::Free(void* memory) noexcept
 {
     std::free(memory);
 }

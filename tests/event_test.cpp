@@ -3,13 +3,13 @@
 #include <common/event.h>
 
 #include "record_test.h"
+#include "replaced_new.h"
 
 #include <sys/mman.h>
 
 #include <cstdlib>
 #include <exception>
 #include <functional>
-#include <new>
 #include <unistd.h>
 
 namespace {
@@ -83,25 +83,18 @@ Repeated* forHugeAllocations = nullptr;
 
 } // namespace memory
 
-// Not inlined: where the compiler sees that they come down to malloc and free, it takes the pairs for mismatched.
-[[gnu::noinline]] void* operator new(std::size_t size)
+void* replaced::Allocate(std::size_t size)
 {
-    if (memory::exhausted) throw std::bad_alloc();
+    if (memory::exhausted) return nullptr;
     if (size >= fourGiB && memory::forHugeAllocations != nullptr && memory::forHugeAllocations->Holds(size))
         return memory::forHugeAllocations->Begin();
-    if (void* const allocated = std::malloc(size == 0 ? 1 : size)) return allocated;
-    throw std::bad_alloc();
+    return FromHeap(size);
 }
 
-[[gnu::noinline]] void operator delete(void* allocated) noexcept
+void replaced::Free(void* allocated) noexcept
 {
     if (memory::forHugeAllocations != nullptr && allocated == memory::forHugeAllocations->Begin()) return;
     std::free(allocated);
-}
-
-[[gnu::noinline]] void operator delete(void* allocated, std::size_t) noexcept
-{
-    operator delete(allocated);
 }
 
 namespace {

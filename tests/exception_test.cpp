@@ -1,4 +1,5 @@
 #include "counting_allocator.h"
+#include "replaced_new.h"
 
 #include <mur/exception.h>
 #include <mur/raise.h>
@@ -36,23 +37,17 @@ int newCallsUntilFailure = -1;
 
 } // namespace
 
-// Not inlined, so that compilers do not take the pair for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t bytes)
+void* replaced::Allocate(std::size_t bytes)
 {
     ++newCalls;
     lastNewBytes = bytes;
-    void* const memory = newCallsUntilFailure == 0 ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    if (newCallsUntilFailure > 0) --newCallsUntilFailure;
+    if (newCallsUntilFailure == 0) return nullptr;
+    void* const memory = FromHeap(bytes);
+    if (memory != nullptr && newCallsUntilFailure > 0) --newCallsUntilFailure;
     return memory;
 }
 
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+void replaced::Free(void* memory) noexcept
 {
     std::free(memory);
 }

@@ -2,6 +2,7 @@
 // of their virtual tables and the offsets of their fields. This pins both, as the Itanium C++ ABI lays them out on
 // 64-bit machines, by calling the slots as such a caller does.
 #include "counting_allocator.h"
+#include "replaced_new.h"
 
 #include <mur/exception.h>
 
@@ -14,7 +15,6 @@
 #include <cstring>
 #include <exception>
 #include <memory>
-#include <new>
 #include <string_view>
 #include <typeinfo>
 
@@ -39,21 +39,12 @@ int watchedDeletes = 0;
 
 } // namespace
 
-// Not inlined, so that compilers do not take the pair for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t bytes)
+void* replaced::Allocate(std::size_t bytes)
 {
-    void* const memory = std::malloc(bytes != 0 ? bytes : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
+    return FromHeap(bytes);
 }
 
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    watchedDeletes += memory == watched;
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+void replaced::Free(void* memory) noexcept
 {
     watchedDeletes += memory == watched;
     std::free(memory);

@@ -1,4 +1,5 @@
 #include "counting_allocator.h"
+#include "replaced_new.h"
 
 #include <mur/basic_string.h>
 
@@ -31,21 +32,13 @@ int newCalls = 0;
 
 } // namespace
 
-// Not inlined, so that compilers do not take the pair for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t bytes)
+void* replaced::Allocate(std::size_t bytes)
 {
     ++newCalls;
-    void* const memory = std::malloc(bytes != 0 ? bytes : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
+    return FromHeap(bytes);
 }
 
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+void replaced::Free(void* memory) noexcept
 {
     std::free(memory);
 }

@@ -7,6 +7,7 @@
 #include "arena.h"
 #include "elements.h"
 #include "errors.h"
+#include "replaced_new.h"
 
 #include <cstdlib>
 #include <functional>
@@ -25,51 +26,25 @@ struct Allocations {
 Allocations allocations;
 bool counting = false;
 
-void* Allocate(std::size_t size)
+} // namespace
+
+void* replaced::Allocate(std::size_t size)
 {
     if (counting) {
         ++allocations.made;
-        if (allocations.made == allocations.failing) throw std::bad_alloc();
+        if (allocations.made == allocations.failing) return nullptr;
         allocations.bytes += size;
         ++allocations.live;
     }
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) throw std::bad_alloc();
-    std::memset(memory, TestArena::stale, size);
+    void* const memory = FromHeap(size);
+    if (memory != nullptr) std::memset(memory, TestArena::stale, size);
     return memory;
 }
 
-void Free(void* memory)
+void replaced::Free(void* memory) noexcept
 {
     if (counting && memory != nullptr) --allocations.live;
     std::free(memory);
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    Free(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    Free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    Free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    Free(memory);
 }
 
 namespace {

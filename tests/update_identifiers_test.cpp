@@ -3,6 +3,7 @@
 #include <common/update_identifiers.h>
 
 #include "record_test.h"
+#include "replaced_new.h"
 
 #include <cstdlib>
 #include <limits>
@@ -25,23 +26,15 @@ public:
 
 } // namespace allocations
 
-// Not inlined: where the compiler sees that they come down to malloc and free, it takes the pairs for mismatched.
-[[gnu::noinline]] void* operator new(std::size_t size)
+void* replaced::Allocate(std::size_t size)
 {
     if (size > allocations::largest) allocations::largest = size;
-    void* const allocated = size < allocations::refusedFrom ? std::malloc(size == 0 ? 1 : size) : nullptr;
-    if (allocated == nullptr) throw std::bad_alloc();
-    return allocated;
+    return size < allocations::refusedFrom ? FromHeap(size) : nullptr;
 }
 
-[[gnu::noinline]] void operator delete(void* allocated) noexcept
+void replaced::Free(void* memory) noexcept
 {
-    std::free(allocated);
-}
-
-[[gnu::noinline]] void operator delete(void* allocated, std::size_t) noexcept
-{
-    std::free(allocated);
+    std::free(memory);
 }
 
 namespace {

@@ -4,6 +4,8 @@
 // loaded closing it is refused.
 #include "plugin.h"
 
+#include "../replaced_new.h"
+
 #include <common/connection_settings.h>
 
 #include <gtest/gtest.h>
@@ -13,7 +15,6 @@
 #include <dlfcn.h>
 #include <exception>
 #include <fstream>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -23,23 +24,17 @@ long liveAllocations = 0;
 
 } // namespace
 
-// The library's too: what it has allocated and not given back is seen here. Not inlined, so that compilers do not take
-// the pair for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t size)
+void* replaced::Allocate(std::size_t size)
 {
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) throw std::bad_alloc();
-    ++liveAllocations;
+    void* const memory = FromHeap(size);
+    if (memory != nullptr) ++liveAllocations;
     return memory;
 }
-[[gnu::noinline]] void operator delete(void* memory) noexcept
+
+void replaced::Free(void* memory) noexcept
 {
     if (memory != nullptr) --liveAllocations;
     std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    operator delete(memory);
 }
 
 namespace {
