@@ -381,6 +381,8 @@ std::uint64_t OneTextOf(const Stored& message)
 template <typename Record, typename Message>
 class CapnProtoCodec final : public Codec<Record> {
 public:
+    ~CapnProtoCodec() noexcept override = default; // a builder's own destructor may throw
+
     // A builder takes its memory zeroed, and leaves what it has used zeroed; so the message of the call before goes
     // only now.
     Bytes Encode(const Record& record) override
