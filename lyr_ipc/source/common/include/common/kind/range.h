@@ -30,8 +30,18 @@ struct Range : List<MaxCount> {
         if (!(range.first < range.second)) return detail::refused;
         const auto count = static_cast<std::size_t>(range.second - range.first);
         if (count > MaxCount) return detail::refused;
-        return detail::PutElements<WireOf<Record>>(range.first, count, wire, at, room,
-                                                   detail::PutElement<Record>(room));
+        // As PutElements does it, but two at a time: of an identifier that is so short, a third of the instructions would
+        // be the loop's.
+        return detail::PutArray<WireOf<Record>>(
+            count, wire, at, room, [&](std::uint8_t * element, std::size_t next) __attribute__((always_inline)) {
+                Iterator value = range.first;
+#pragma GCC unroll 2
+                for (std::size_t left = count; left > 0; --left, ++value, element += sizeof(WireOf<Record>)) {
+                    next = detail::PutRecord<Record>(*value, element, next, room);
+                    if (next == detail::refused) break;
+                }
+                return next;
+            });
     }
     // The capacity is reserved from the byte count, sixteen times what the elements need, and before any test: what a
     // caller sees of a huge size is std::bad_alloc and not a result code. Both are kept as they are.
