@@ -187,14 +187,21 @@ TEST_F(Beyond4GiB, EveryRecordIsTheSameAtEveryAlignment)
     });
 }
 
-TEST_F(Beyond4GiB, AStringOfEveryLengthIsTheSameAtEveryAlignment)
+// By each kind that copies bytes, expected to be long or not; where the length is over the limit, the same is raised.
+TEST_F(Beyond4GiB, BytesOfEveryNumberAreTheSameAtEveryAlignment)
 {
-    for (std::size_t length = 0; length <= 300; ++length) {
-        FileChunkParams record{std::string(length, ' '), 1, 2};
-        for (std::size_t i = 0; i < length; ++i)
-            record.fileName[i] = static_cast<char>(i % 251);
+    std::string text;
+    for (std::size_t length = 0; length <= 300; text += static_cast<char>(length++ % 251)) {
+        VynEvent event{};
+        event.field7 = text;
+        event.stringArray[8] = text;
         for (std::size_t top = 0; top < 16; ++top) {
-            ExpectTheSame(record, From(top), length);
+            const auto expectTheSame = [&](const auto& record) { ExpectTheSame(record, From(top), 2 * length + 32); };
+            expectTheSame(FileChunkParams{text, 1, 2});
+            expectTheSame(ProductUpdCfg{text, "behind it"});
+            expectTheSame(RawVynParam{{text.begin(), text.end()}, "behind it"});
+            expectTheSame(VynSubscription{VynEventSeverity::Severity1, {text}});
+            expectTheSame(event);
             ASSERT_FALSE(HasFailure()) << length << " bytes from " << top;
         }
     }
