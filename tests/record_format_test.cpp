@@ -174,10 +174,20 @@ TEST(RecordFormat, LongTextsAreShortenedBetweenCharacters)
               "field1                          " + whole + "\n");
     EXPECT_THAT(fmt::format("{}", ClientCertParams{whole + "y", "", false, 0}),
                 HasSubstr("field1                          " + whole + "... (129 bytes)\n"));
-    // Cut in the middle of a character of three bytes.
-    const std::string cut = std::string(126, 'x') + "\xe2\x82\xac";
-    EXPECT_THAT(fmt::format("{:c}", ClientCertParams{cut, "", false, 0}),
-                HasSubstr("{field1: \"" + std::string(126, 'x') + "\"... (129 bytes), "));
+    // Characters of two to four bytes, the last of which would be cut off.
+    for (const std::string character : {"\xc3\xa9", "\xe2\x82\xac", "\xe2\x82\xad", "\xf0\x9f\x98\x81"}) {
+        const std::string before(129 - character.size(), 'x');
+        EXPECT_THAT(fmt::format("{:c}", ClientCertParams{before + character, "", false, 0}),
+                    HasSubstr("{field1: \"" + before + "\"... (129 bytes), "));
+    }
+}
+
+TEST(RecordFormat, AnEmptyTextIsEmptyWhateverFollowsItInTheArena)
+{
+    ExpectShown(Credentials{"", "(x"},
+                "userName                        (empty)\n"
+                "password                        ********",
+                "{userName: \"\", password: ********}");
 }
 
 TEST(RecordFormat, ATextOfJustTheLongestIsWholeWhateverFollowsItInTheArena)
