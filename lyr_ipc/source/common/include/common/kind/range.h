@@ -30,7 +30,7 @@ struct Range : List<MaxCount> {
         if (!(range.first < range.second)) return detail::refused;
         const auto count = static_cast<std::size_t>(range.second - range.first);
         if (count > MaxCount) return detail::refused;
-        // As PutElements does it, but two at a time: of an identifier that is so short, a third of the instructions would
+        // As PutElements does it, but two at a time: an identifier is so short that a third of the instructions would
         // be the loop's.
         return detail::PutArray<WireOf<Record>>(
             count, wire, at, room, [&](std::uint8_t * element, std::size_t next) __attribute__((always_inline)) {
