@@ -1,4 +1,4 @@
-// error: no member named .count.|.count. is not a member of
+// error: no member named .count..*|.count. is not a member of .*
 //
 // There is no member count.
 #include "sample.h"

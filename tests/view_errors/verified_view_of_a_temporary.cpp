@@ -1,4 +1,4 @@
-// error: (use of|call to) deleted function.*Verified
+// error: (use of|call to) deleted function.*Verified.*
 //
 // What CastToZt returns is gone at the end of the line.
 #include <common/connection_settings.h>

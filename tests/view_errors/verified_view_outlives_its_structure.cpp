@@ -1,4 +1,4 @@
-// error from Clang: address of stack memory associated with local variable 'wire' returned
+// error from Clang: address of stack memory associated with local variable 'wire' returned.*
 //
 // The wire structure is gone when the function returns.
 #include <common/connection_settings.h>

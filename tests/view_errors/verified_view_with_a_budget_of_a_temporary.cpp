@@ -1,4 +1,4 @@
-// error: (use of|call to) deleted function.*Verified
+// error: (use of|call to) deleted function.*Verified.*
 //
 // A budget makes no difference.
 #include <common/connection_settings.h>

@@ -1,4 +1,4 @@
-// error: no matching (function for call to|constructor for initialization of)
+// error: no matching (function for call to|constructor for initialization of).*
 //
 // Only Verified makes a view that tests nothing.
 #include <common/connection_settings.h>

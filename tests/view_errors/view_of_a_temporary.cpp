@@ -1,4 +1,4 @@
-// error: (use of deleted function|call to deleted constructor).*RecordView
+// error: (use of deleted function|call to deleted constructor).*RecordView.*
 //
 // What CastToZt returns is gone at the end of the line.
 #include <common/connection_settings.h>
