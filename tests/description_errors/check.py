@@ -4,8 +4,8 @@
     check.py <directory> <compiler> <include directory>...
 
 Each source of the directory begins with what it is to yield: "// compiles", "// compiles as C++20", or
-"// error: <text>", where the text is a regular expression that the message of one of the compiler's errors matches;
-"// error from Clang: <text>" is one of Clang's warnings, and left out with other compilers.
+"// error: <text>", where the text is a regular expression for the message of one of the compiler's errors, or for what
+it quotes, to the end; "// error from Clang: <text>" is one of Clang's warnings, and left out with other compilers.
 """
 
 import pathlib
@@ -38,8 +38,8 @@ def fault(expectation, messages):
         return "its first line does not say what it is to yield"
     if not messages:
         return "compiles, although it has a mistake"
-    # To its end, where Clang has a quotation mark: a text that goes on is another one.
-    if not any(re.search(f"(?:{pattern})\"?$", message) for message in messages):
+    # From where the compiler quotes it to its end: a text with more in it is another one.
+    if not any(re.search(f'(?:^|: |")(?:{pattern})"?$', message) for message in messages):
         return "the compiler says something else: " + " / ".join(messages)
     return None
 

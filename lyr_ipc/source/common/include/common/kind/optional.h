@@ -7,6 +7,7 @@
 #include <common/detail/put.h>
 #include <common/detail/reach.h>
 #include <common/examine.h>
+#include <common/kind/nested.h>
 #include <common/zt_optional.h>
 
 namespace vyn_connector::common::detail {
@@ -118,11 +119,11 @@ private:
         return Kind::template Joins<Value, typename Kind::template Element<Value>>();
     }
 
-    // Inlined, as the elements of lists are.
+    // A record is inlined, as the elements of lists are.
     template <typename Value, typename Slot>
     [[gnu::always_inline]] static Value ReadSlot(const std::uint8_t* slot, detail::Bounds arena)
     {
-        if constexpr (isDescribed<Value>)
+        if constexpr (Nested::fits<Value, Slot>)
             return detail::ReadElement<Value>(slot, arena);
         else
             return Kind::template Read<Value, Slot>(slot, arena);
