@@ -21,11 +21,6 @@ protected:
     bool IsEvent() const { return &Layout() == &model::vynEvent; }
 };
 
-std::string Name(const testing::TestParamInfo<library::Conversions>& info)
-{
-    return info.param.layout->name;
-}
-
 struct Written {
     model::Outcome outcome;
     std::size_t moved; // the top, in bytes
@@ -227,6 +222,7 @@ TEST_P(ArenaExhaustion, NoArenaAndOneWithoutAddresses)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, ArenaExhaustion, testing::ValuesIn(library::Records()), Name);
+INSTANTIATE_TEST_SUITE_P(Records, ArenaExhaustion, testing::ValuesIn(library::Records()),
+                         testing::PrintToStringParamName());
 
 } // namespace

@@ -27,11 +27,6 @@ protected:
     model::Message Full(std::size_t start) const { return MakeMessage(Layout(), FullValue(Layout()), start); }
 };
 
-std::string Name(const testing::TestParamInfo<library::Conversions>& info)
-{
-    return info.param.layout->name;
-}
-
 // The library's buffer, which can be spoilt again and again.
 class Reading {
 public:
@@ -243,6 +238,7 @@ TEST(RecordsOfTheModel, AreAsManyAsTheLibraryHas)
     EXPECT_EQ(library::Records().size(), vyn_connector::common::AllRecords::size);
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, HostileBytes, testing::ValuesIn(library::Records()), Name);
+INSTANTIATE_TEST_SUITE_P(Records, HostileBytes, testing::ValuesIn(library::Records()),
+                         testing::PrintToStringParamName());
 
 } // namespace

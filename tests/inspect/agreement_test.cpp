@@ -71,11 +71,6 @@ protected:
     }
 };
 
-std::string Name(const testing::TestParamInfo<library::Conversions>& info)
-{
-    return info.param.layout->name;
-}
-
 std::string& BytesWith(model::Message& message, const model::PointerAt& pointer)
 {
     return pointer.inArena ? message.arena.bytes : message.wire;
@@ -158,6 +153,6 @@ TEST(AgreementOfStates, EachCode)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, Agreement, testing::ValuesIn(library::Records()), Name);
+INSTANTIATE_TEST_SUITE_P(Records, Agreement, testing::ValuesIn(library::Records()), testing::PrintToStringParamName());
 
 } // namespace
