@@ -1,6 +1,6 @@
-// Memory whose cost depends on nothing but the sizes asked for. The C library's own chooses its copies by the processor,
-// and its heap by everything that went before; their counts would be another machine's noise. The program's definitions
-// take the place of the C library's for the library under test as well.
+// Memory whose cost depends on nothing but the sizes asked for. The C library's own chooses its copies by the
+// processor, and its heap by everything that went before; their counts would be another machine's noise. The program's
+// definitions take the place of the C library's for the library under test as well.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The first message: both sides of a connection in one process. A record is encoded, its bytes are looked at and decoded
-// again, and a pointer is spoilt to see what a reader raises. Needs the library and nothing else.
+// The first message: both sides of a connection in one process. A record is encoded, its bytes are looked at and
+// decoded again, and a pointer is spoilt to see what a reader raises. Needs the library and nothing else.
 #include <common/message.h>
 #include <common/vyn_connector_common.h>
 

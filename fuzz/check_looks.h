@@ -1,6 +1,6 @@
-// What holds of the ways to look at a message without reading it, beside what its reader made of it: Verify says the same
-// as the reader, a view shows what the reader returned or throws what it threw, at the field that Verify names, and what
-// is canonical is what a writer writes.
+// What holds of the ways to look at a message without reading it, beside what its reader made of it: Verify says the
+// same as the reader, a view shows what the reader returned or throws what it threw, at the field that Verify names,
+// and what is canonical is what a writer writes.
 #pragma once
 
 #include "library_values.h"

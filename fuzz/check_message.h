@@ -48,7 +48,7 @@ inline bool CheckWrite(const library::Conversions& record, const model::Value& v
     Require(Same(buffer.Now(), arena), std::string("another arena after writing ") + record.layout->name);
     if (written.failure.has_value() || !written.status) return false;
     Require(arena.top - topBefore == arenaSize, "ArenaSize is not what writing took");
-    // Behind an earlier message, bytes belong to no field. An event is written whatever its severity, and then not read.
+    // Behind an earlier message, bytes belong to no field. An event of any severity is written, and then not read.
     const bool isCanonical = topBefore == 0 && record.read(written.wire, buffer.Get()).status;
     Require(record.isCanonical(written.wire, buffer.Get()) == isCanonical, "canonical, or not, against expectation");
     wire = written.wire;

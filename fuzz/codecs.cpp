@@ -1,5 +1,5 @@
-// Every generic reader by itself, with the elements of the records and with some that no record has; and the writer beside
-// it, with what was read.
+// Every generic reader by itself, with the elements of the records and with some that no record has; and the writer
+// beside it, with what was read.
 #include "arena_buffer.h"
 #include "check_message.h"
 #include "library_values.h"
@@ -46,8 +46,8 @@ model::Value FromRecords(const std::vector<Domain>& records)
 // What the writers of lists and sets accept here, so that messages of a few bytes go over it.
 constexpr std::uint64_t mostElements = 3;
 
-// One reader and its writer: the layout has the one member that they convert. The writer gives the value that it is given
-// in the order in which it writes it, before it writes.
+// One reader and its writer: the layout has the one member that they convert. The writer gives the value that it is
+// given in the order in which it writes it, before it writes.
 struct CodecCase {
     model::Layout layout;
     const model::Codec* codec;

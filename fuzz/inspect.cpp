@@ -1,6 +1,6 @@
-// The inspector, on any bytes as a capture file, as a message of any record, as two files to compare and as JSON. It says
-// what the reader then does; its pictures, pages and JSON come to an end; what it prints of a canonical message is what it
-// makes the same bytes of; and what it makes of any JSON is a canonical message.
+// The inspector, on any bytes as a capture file, as a message of any record, as two files to compare and as JSON. It
+// says what the reader then does; its pictures, pages and JSON come to an end; what it prints of a canonical message is
+// what it makes the same bytes of; and what it makes of any JSON is a canonical message.
 #include "library.h"
 #include "memory_limit.h"
 #include "message_input.h"

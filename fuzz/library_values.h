@@ -1,5 +1,5 @@
-// The library's records as the model's values and back, and its errors as the model's. The members are listed by hand, in
-// the order of the domain record, because the library's own tables are among the things that are tested.
+// The library's records as the model's values and back, and its errors as the model's. The members are listed by hand,
+// in the order of the domain record, because the library's own tables are among the things that are tested.
 #pragma once
 
 #include "model/model.h"

@@ -1,6 +1,6 @@
-// Include in one source of a program: its operator new, the library's calls included, then refuses more than the model's
-// limit. So it does not depend on the machine whether reading a hostile list of identifiers gets the memory that it
-// asks for, which may be 64 GiB. It counts what it is asked for, which DecodedSize foretells.
+// Include in one source of a program: its operator new, the library's calls included, then refuses more than the
+// model's limit. So it does not depend on the machine whether reading a hostile list of identifiers gets the memory
+// that it asks for, which may be 64 GiB. It counts what it is asked for, which DecodedSize foretells.
 #pragma once
 
 #include "library.h"

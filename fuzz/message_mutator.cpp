@@ -1,6 +1,6 @@
 // Mutates the wire pointers of a message, its severities and its top, whose telling values libFuzzer by itself would
-// rarely hit upon. The pointers lie where the layouts say, in the structure and, found by following those, in the arena.
-// Every other time libFuzzer does what it does best.
+// rarely hit upon. The pointers lie where the layouts say, in the structure and, found by following those, in the
+// arena. Every other time libFuzzer does what it does best.
 #include "message_input.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Proofs, for all addresses, sizes, offsets and alignments of 64 bits, that the arena's arithmetic accepts exactly what
-// lies inside the arena, and refuses the rest for the reason that each test gives. The solver works on the arithmetic as
-// arithmetic.h has it; the library is held to that text by millions of inputs that lie where sums wrap.
+// lies inside the arena, and refuses the rest for the reason that each test gives. The solver works on the arithmetic
+// as arithmetic.h has it; the library is held to that text by millions of inputs that lie where sums wrap.
 #include "arithmetic.h"
 
 #include <common/vyn_connector_common.h>

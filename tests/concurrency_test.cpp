@@ -1,6 +1,6 @@
 // Threads that share everything that may be shared: const records, received messages, the library's constants,
-// exceptions and an allocator object. Each writes into an arena of its own. Only the thread sanitizer sees all that could
-// be wrong here; scripts/tsan runs this test under it.
+// exceptions and an allocator object. Each writes into an arena of its own. Only the thread sanitizer sees all that
+// could be wrong here; scripts/tsan runs this test under it.
 #include "conversion.h"
 
 #include "arena.h"

@@ -1,6 +1,6 @@
 // Every record's reader on spoilt messages: each bit, each wire pointer, each length of a full message in turn. What it
-// returns or throws is what the model says, and the arena and the bytes around it are as they were. Verify and the views
-// agree with it, each time.
+// returns or throws is what the model says, and the arena and the bytes around it are as they were. Verify and the
+// views agree with it, each time.
 #include "../fuzz/library.h"
 #include "../fuzz/memory_limit.h"
 #include "../fuzz/model/message.h"

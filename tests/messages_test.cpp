@@ -1,5 +1,5 @@
 // Every message of tests/messages: the library must read it as its file says and, where the file says so, write it
-// again to the same bytes. How a record is shown follows from the record's own table, so no list of fields is kept here.
+// again to the same bytes. How a record is shown follows from its own table, so no list of fields is kept here.
 #include "arena.h"
 #include "errors.h"
 #include "message_file.h"

@@ -1,5 +1,5 @@
-// A message as it arrives: what a record's writer wrote, in an arena of just its size, to be looked at and to be spoilt.
-// And what the arena's pointers look like, one by one.
+// A message as it arrives: what a record's writer wrote, in an arena of just its size, to be looked at and to be
+// spoilt. And what the arena's pointers look like, one by one.
 #pragma once
 
 #include "arena.h"

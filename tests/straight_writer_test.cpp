@@ -1,6 +1,6 @@
-// A record is written straight where it can be, and by the steps of the codecs where it cannot: both must leave the same
-// bytes, fail at the same byte and raise the same. The steps write alone into an arena that starts at address 0 and into
-// one of more than 4 GiB. Each is held against an ordinary arena in which the message begins at the same offset.
+// A record is written straight where it can be, and by the steps of the codecs where it cannot: both must leave the
+// same bytes, fail at the same byte and raise the same. The steps write alone into an arena that starts at address 0
+// and into one of more than 4 GiB. Each is compared with an ordinary arena in which the message has the same offset.
 #include "any_record.h"
 #include "arena.h"
 #include "conversion.h"

@@ -1,5 +1,5 @@
-// The tables of docs/fault-reports.md: what the codecs raise, out of the constants that they raise it with, and the texts
-// of the result codes.
+// The tables of docs/fault-reports.md: what the codecs raise, out of the constants that they raise it with, and the
+// texts of the result codes.
 #include "reference.h"
 
 #include <common/detail/codec.h>

@@ -1,5 +1,5 @@
-// Prints one part of the reference: reference records|checks|result-codes|drawing. update.py compares what it prints with
-// the pages.
+// Prints one part of the reference: reference records|checks|result-codes|drawing. update.py compares what it prints
+// with the pages.
 #include "reference.h"
 
 #include <cstdio>

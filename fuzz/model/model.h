@@ -18,8 +18,8 @@
 
 namespace model {
 
-// A tree that can hold any record. Number, flag, severity: `number`. Text, blob, raw: `bytes`. Structure: one item for
-// each field. List, range, set, texts: one for each element. Optional: one or none. Entries: one for each, of two items.
+// A tree that can hold any record. Number, flag, severity: `number`. Text, blob, raw: `bytes`. Structure: one item per
+// field. List, range, set, texts: one per element. Optional: one or none. Entries: one for each, of two items.
 struct Value {
     std::uint64_t number = 0;
     std::string bytes;

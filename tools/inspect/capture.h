@@ -1,6 +1,6 @@
-// A message as it was captured: the record's name, its wire structure and its arena. Read from a capture file, which holds
-// one frame of the exchange, or from two files with the raw bytes. A file that is not what it should be is read as far as
-// it goes, and what is wrong with it is noted; nothing but a file that cannot be read at all is an error.
+// A message as it was captured: the record's name, its wire structure and its arena. Read from a capture file, which
+// holds one frame of the exchange, or from two files with the raw bytes. A file that is not what it should be is read
+// as far as it goes, and what is wrong with it is noted; nothing but a file that cannot be read at all is an error.
 #pragma once
 
 #include <cstddef>

@@ -351,8 +351,8 @@ void Examiner::FindOverlaps()
     }
 }
 
-// Calls `visit(from, to, next)` for what lies before each part and behind all of them, up to `end`; `next` is that part,
-// or null.
+// Calls `visit(from, to, next)` for what lies before each part and behind all of them, up to `end`; `next` is that
+// part, or null.
 template <typename Visit>
 void Examiner::ForEachHole(std::uint64_t end, Visit visit) const
 {
@@ -412,7 +412,7 @@ void Examiner::ReportAt(std::uint32_t node, bool isShown, Reason reason, const P
 {
     ++(IsRefused(reason) ? message_.refused : message_.tolerated);
     if (!isShown) return;
-    // Each field that is shown keeps its first fault, and what readers refuse it for. Of the others there may be too many.
+    // Each field that is shown keeps its first fault, and what readers refuse it for. Others may be too many.
     const bool isKept = node != noNode && (IsRefused(reason) || !message_.nodes[node].isFaulty);
     if (!isKept && message_.findings.size() >= extent_.mostFindings) return;
     if (node != noNode) message_.nodes[node].isFaulty = true;

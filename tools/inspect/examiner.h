@@ -1,6 +1,6 @@
-// Goes over a message and makes the tree and the findings of it: the one visitor of common/examine.h from which all that
-// the inspector shows derives. Unlike a reader it goes on behind each fault. What does not depend on the record's types
-// stands in examiner.cpp.
+// Goes over a message and makes the tree and the findings of it: the one visitor of common/examine.h from which all
+// that the inspector shows derives. Unlike a reader it goes on behind each fault. What does not depend on the record's
+// types stands in examiner.cpp.
 #pragma once
 
 #include "message.h"
@@ -212,8 +212,8 @@ public:
     static constexpr std::string_view TextAt(zt_ptr_t) { return {}; }
     bool WouldPlaceAt(std::uint32_t offset, std::size_t alignment) const { return AlignUp(next_, alignment) == offset; }
 
-    // Says what else is wrong with the arena as a whole. Once, at the end. Bytes that no field owns may be what is left of
-    // a secret, where the record holds one.
+    // Says what else is wrong with the arena as a whole. Once, at the end. Bytes that no field owns may be what is left
+    // of a secret, where the record holds one.
     void Finish(bool holdsSecret);
 
 private:

@@ -13,8 +13,8 @@ inline constexpr Extent jsonExtent{100000, 300000, 1000};
 // For ToJson: a canonical message is never cut, since its JSON is to be made the same message again.
 Message InspectForJson(const Capture& capture, const Extent& extent = jsonExtent);
 
-// Of one message; ends with the end of a line. All of it is ASCII. `value` is as whole as the message; of `fields`, which
-// nobody makes anything of, elements behind the first `mostFields` fields are left out.
+// Of one message; ends with the end of a line. All of it is ASCII. `value` is as whole as the message; of `fields`,
+// which nobody makes anything of, elements behind the first `mostFields` fields are left out.
 std::string ToJson(const Message& message, bool showsSecrets, std::size_t mostFields = jsonExtent.mostNodes);
 
 } // namespace inspect

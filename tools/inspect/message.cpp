@@ -18,8 +18,8 @@ namespace common = vyn_connector::common;
 
 namespace {
 
-// The arena where it stood, at least by its remainder by 8: what is aligned there is aligned here. Its address is not null
-// where it is empty.
+// The arena where it stood, at least by its remainder by 8: what is aligned there is aligned here. Its address is not
+// null where it is empty.
 class ArenaCopy {
 public:
     explicit ArenaCopy(const Message& message)

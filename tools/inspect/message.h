@@ -1,5 +1,5 @@
-// A message as the inspector sees it: a tree of its fields and a list of its faults. Everything that shows a message takes
-// it from here; Inspect() makes it of any bytes whatever, in time and memory bounded by their number.
+// A message as the inspector sees it: a tree of its fields and a list of its faults. Everything that shows a message
+// takes it from here; Inspect() makes it of any bytes whatever, in time and memory bounded by their number.
 #pragma once
 
 #include "capture.h"
@@ -64,8 +64,8 @@ struct Finding {
     std::string text;
 };
 
-// What a line of the tree stands for. A slot is what an optional points to, where that is a pointer again; it has the path
-// of its field.
+// What a line of the tree stands for. A slot is what an optional points to, where that is a pointer again; it has the
+// path of its field.
 enum class Role : std::uint8_t { Record, Field, Element, Slot, Padding };
 
 enum class Content : std::uint8_t { None, Number, Flag, Time, Raw, Text, Blob, Array, Optional, Unused };

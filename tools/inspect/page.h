@@ -1,5 +1,5 @@
-// A message as one page that needs nothing else: its faults, its tree and its bytes, each lighting up the other. page.css
-// and page.js are parts of it.
+// A message as one page that needs nothing else: its faults, its tree and its bytes, each lighting up the other.
+// page.css and page.js are parts of it.
 #pragma once
 
 #include "message.h"

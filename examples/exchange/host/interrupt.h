@@ -1,6 +1,6 @@
 // Signals that ask the program to end (^C and its like). They do not end it in the middle of something: it notices them
-// where it waits or begins the next piece of work, as an exception, and leaves nothing half done. The second signal of a
-// kind ends it at once.
+// where it waits or begins the next piece of work, as an exception, and leaves nothing half done. The second signal of
+// a kind ends it at once.
 #pragma once
 
 #include <chrono>

@@ -1,6 +1,6 @@
 // Step 6: the server asks for a file, and fetches it chunk by chunk. A chunk of 0 bytes stands for the SHA-256 of the
-// bytes before it; a chunk that is shorter than was asked for says that the file is no longer what it was. What has been
-// received gets its name only when size and SHA-256 agree.
+// bytes before it; a chunk that is shorter than was asked for says that the file is no longer what it was. What has
+// been received gets its name only when size and SHA-256 agree.
 #include "host/interrupt.h"
 #include "host/part_file.h"
 #include "host/printable.h"

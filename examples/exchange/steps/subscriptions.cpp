@@ -33,8 +33,8 @@ vyn_connector::VynSubscriptions SubscriptionsFrom(const Settings& settings)
     return subscriptions;
 }
 
-// The hash is the business of those who exchange it: 64 bits of the SHA-256 over the names, in a fixed order. Severities
-// without names do not count, because a record that has no severity 0 comes back with an empty one.
+// The hash is the business of those who exchange it: 64 bits of the SHA-256 over the names, in a fixed order.
+// Severities without names do not count, because a record that has no severity 0 comes back with an empty one.
 unsigned long HashOf(const vyn_connector::VynSubscriptions& subscriptions)
 {
     std::map<vyn_connector::VynEventSeverity, std::set<std::string>> sorted;

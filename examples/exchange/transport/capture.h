@@ -12,8 +12,8 @@ namespace exchange {
 
 class Capture {
 public:
-    // Makes the directory where there is none. One that is not empty, or in use by another capture, is refused: two runs
-    // in one place cannot be told apart. Throws std::runtime_error.
+    // Makes the directory where there is none. One that is not empty, or in use by another capture, is refused: two
+    // runs in one place cannot be told apart. Throws std::runtime_error.
     explicit Capture(const std::string& directory);
 
     // What is captured may hold passwords: only the user can read it. Throws std::system_error; no part of a file is

@@ -22,10 +22,10 @@ struct Codec {
 
     static auto Encode(const Record& record) { return vyn_connector::common::Encode(record); }
 
-    // Throws std::runtime_error, naming the field, for what Decode would refuse, and for a message that makes its reader
-    // allocate far more than it has itself: all the elements of a list may point to the same long string. Honest messages
-    // take a few times their bytes; the reader of update identifiers reserves sixteen times that. A small one may take
-    // more: the tables of four sets and of the map around them alone are over a kilobyte.
+    // Throws std::runtime_error, naming the field, for what Decode would refuse, and for a message that makes its
+    // reader allocate far more than it has itself: all the elements of a list may point to the same long string. Honest
+    // messages take a few times their bytes; the reader of update identifiers reserves sixteen times that. A small one
+    // may take more: the tables of four sets and of the map around them alone are over a kilobyte.
     static void Check(const Wire& wire, const std::vector<std::uint8_t>& arena)
     {
         constexpr std::uint64_t mostTimes = 16;

@@ -38,8 +38,8 @@ int Connect(const Descriptor& socket, const std::string& path)
     return connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
-// The path is a socket that no process has open any more. One that is open refuses a socket of another type with another
-// error, so that its owner notices nothing, and refuses it also before it listens.
+// The path is a socket that no process has open any more. One that is open refuses a socket of another type with
+// another error, so that its owner notices nothing, and refuses it also before it listens.
 bool IsAbandoned(const std::string& path)
 {
     struct stat status {};

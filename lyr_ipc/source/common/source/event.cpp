@@ -1,5 +1,5 @@
-// The event's conversions go through its table like any record's, but by the rules of its own kinds of field: they share
-// no step with the throwing codecs.
+// The event's conversions go through its table like any record's, but by the rules of its own kinds of field: they
+// share no step with the throwing codecs.
 #include <common/event.h>
 
 #include "record_conversion.h"

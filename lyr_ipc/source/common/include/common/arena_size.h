@@ -7,10 +7,10 @@
 namespace vyn_connector::common {
 
 // The number of bytes by which writing `value` moves the top of an arena, where the top is at address `top`; only that
-// address's remainder by 8 matters: it decides the gaps before aligned elements. An arena with that much room left takes
-// the record, with a byte less it does not. Limits are not tested: a record that its writer refuses as too large is
-// given the size that it would have. A record of empty strings may need 0 bytes; the arena's addresses must not be null
-// all the same (message.h sees to that).
+// address's remainder by 8 matters: it decides the gaps before aligned elements. An arena with that much room left
+// takes the record, with a byte less it does not. Limits are not tested: a record that its writer refuses as too large
+// is given the size that it would have. A record of empty strings may need 0 bytes; the arena's addresses must not be
+// null all the same (message.h sees to that).
 template <typename Value>
 std::size_t ArenaSize(const Value& value, std::uintptr_t top)
 {

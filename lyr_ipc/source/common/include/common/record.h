@@ -26,9 +26,9 @@
 //     Optional<K>    std::optional                   zt_ptr_t         what the kind K of the value accepts
 //     Secret<K>      as K                            as K             as K; whatever prints leaves the value out
 //
-// Each kind stands in a header of its own in kind/, with all that it does. A record whose field follows a rule of its own
-// brings a kind of its own, which derives from the one that it resembles and says what differs: subscriptions, update
-// identifiers and events do.
+// Each kind stands in a header of its own in kind/, with all that it does. A record whose field follows a rule of its
+// own brings a kind of its own, which derives from the one that it resembles and says what differs: subscriptions,
+// update identifiers and events do.
 #pragma once
 
 #include <common/detail/table.h>
@@ -99,8 +99,8 @@
 
 namespace vyn_connector::common {
 
-// The row of a member, `RowOf<&ProxySettings::address>`, and of a list that has no record around it. Its `Kind::limit` is
-// what the member's writer accepts.
+// The row of a member, `RowOf<&ProxySettings::address>`, and of a list that has no record around it. Its `Kind::limit`
+// is what the member's writer accepts.
 template <auto Member>
 using RowOf = typename detail::OnlyRow<decltype(Description<typename detail::RecordOfMember<Member>::Type>::Rows(
     detail::RowWith<detail::Member<Member>>{}))>::Type;
@@ -135,7 +135,7 @@ struct Conversion {
 
 namespace detail {
 
-// What is read of a message whatever becomes of it. Specialised for a record whose reader gives one even of a bad message.
+// What is read of a message whatever becomes of it. Specialised for a record that is read even of a bad message.
 template <typename Record>
 Record ReadAsIs(const WireOf<Record>& wire, const zt_arena* arena)
 {
@@ -147,8 +147,8 @@ Record ReadAsIs(const WireOf<Record>& wire, const zt_arena* arena)
 
 namespace vyn_connector {
 
-// Records are equal where all their members are, those that do not travel included. Whether a record is described is only
-// asked of aggregates: a class that compares itself may do so before its table stands.
+// Records are equal where all their members are, those that do not travel included. Whether a record is described is
+// only asked of aggregates: a class that compares itself may do so before its table stands.
 template <typename Record, std::enable_if_t<std::is_aggregate_v<Record>, int> = 0,
           std::enable_if_t<common::isDescribed<Record>, int> = 0>
 bool operator==(const Record& a, const Record& b)

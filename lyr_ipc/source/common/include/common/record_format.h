@@ -1,10 +1,10 @@
 // Shows records and views in words, for logs, tests and whoever debugs: `fmt::print("{}", appInfo)` prints a tree, a
-// field to a line, `"{:c}"` the same on one line, and `operator<<` the tree, which GoogleTest uses too. What there is to
-// show comes from the record's table.
+// field to a line, `"{:c}"` the same on one line, and `operator<<` the tree, which GoogleTest uses too. What there is
+// to show comes from the record's table.
 //
-// Text is escaped, so that nothing in it steers a terminal; a value of over 128 bytes is shortened and its length given, a
-// list of over 100 elements cut. Secrets are never shown. Formatting allocates; formatting a view throws what its Get
-// throws.
+// Text is escaped, so that nothing in it steers a terminal; a value of over 128 bytes is shortened and its length
+// given, a list of over 100 elements cut. Secrets are never shown. Formatting allocates; formatting a view throws what
+// its Get throws.
 #pragma once
 
 #include <common/all_records.h>

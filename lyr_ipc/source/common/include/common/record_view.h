@@ -13,9 +13,9 @@
 //     Set, and an event's array of strings             a random-access range of std::string_view
 //     Optional                                         std::optional of the above
 //
-// Get tests the pointer of its field and throws what the reader throws there; nothing is thrown for a field that was not
-// asked for. A set shows its elements in the order of the wire, and one that is repeated as often as it stands there. An
-// event's string that lies outside the used part of the arena is empty, as it is for its reader.
+// Get tests the pointer of its field and throws what the reader throws there; nothing is thrown for a field that was
+// not asked for. A set shows its elements in the order of the wire, and one that is repeated as often as it stands
+// there. An event's string that lies outside the used part of the arena is empty, as it is for its reader.
 //
 // A view and all that it hands out are valid as long as the wire structure and the arena's bytes are; the `zt_arena`
 // itself is not looked at again. Copying a view is cheap, and a view may be used by several threads.

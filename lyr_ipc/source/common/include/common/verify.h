@@ -1,10 +1,10 @@
-// Says of a received message whether its reader would take it, and if not, where and why, without reading it: nothing is
-// allocated and nothing thrown. For callers who distrust their peer.
+// Says of a received message whether its reader would take it, and if not, where and why, without reading it: nothing
+// is allocated and nothing thrown. For callers who distrust their peer.
 //
-// Verify finds a fault where the reader throws, or clears an event's status, the same fault first, and only there; running
-// out of memory aside. What it costs is bounded by the size of the arena, however many elements point to the same bytes,
-// for no list lies in the elements of another. A message that was found good stays good as long as its bytes do not
-// change: one in memory that its sender can still write is to be copied first.
+// Verify finds a fault where the reader throws, or clears an event's status, the same fault first, and only there;
+// running out of memory aside. What it costs is bounded by the size of the arena, however many elements point to the
+// same bytes, for no list lies in the elements of another. A message that was found good stays good as long as its
+// bytes do not change: one in memory that its sender can still write is to be copied first.
 #pragma once
 
 #include <common/detail/visitors.h>
@@ -20,8 +20,8 @@ namespace vyn_connector::common {
 inline constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 
 // The bytes of memory that reading the message asks for, known before it is paid: exact for strings, blobs and lists,
-// and at least that for sets, where a repeated element is counted as if it were kept. What a bad pointer leads to counts
-// nothing.
+// and at least that for sets, where a repeated element is counted as if it were kept. What a bad pointer leads to
+// counts nothing.
 template <typename Record>
 std::uint64_t DecodedSize(const WireOf<Record>& wire, const zt_arena* arena) noexcept
 {
@@ -95,14 +95,14 @@ template <typename Record>
 std::optional<VerifiedView<Record>> Verified(const WireOf<Record>&& wire, const zt_arena* arena,
                                              std::uint64_t budget = unlimited) noexcept = delete;
 
-// Whether the message is, byte for byte, one that a writer of this library writes for some record into an arena whose top
-// is at its start and which nothing else stands in: nothing, or the first departure from that, in the order of the wire.
-// Beyond what Verify refuses, that is a value over its limit; an array that stands anywhere but where the writer puts it,
-// which no two fields can share; a gap, padding or an unused entry that is not zero; a flag that is neither 0 nor 1; a
-// repeated element of a set; and bytes of the used part that no field owns. The order of a set's elements is free, as is
-// the byte that an event's empty string takes. The arena's start is to be aligned as it was when the message was written;
-// writers align addresses, not offsets. Padding counts: a wire structure that was filled by hand and not received may
-// have any. Reading subscriptions adds an entry for severity 0, so that these alone are not written again as they were.
+// Whether the message is, byte for byte, one that a writer of this library writes for some record into an arena whose
+// top is at its start and which holds nothing else: nothing, or the first departure from that, in wire order.
+// Beyond what Verify refuses, that is a value over its limit; an array that stands anywhere but where the writer puts
+// it, which no two fields can share; a gap, padding or an unused entry that is not zero; a flag that is neither 0 nor
+// 1; a repeated element of a set; and bytes of the used part that no field owns. The order of a set's elements is free,
+// as is the byte that an event's empty string takes. The arena's start is to be aligned as it was when the message was
+// written; writers align addresses, not offsets. Padding counts: a wire structure that was filled by hand may have any.
+// Reading subscriptions adds an entry for severity 0, so that these alone are not written again as they were.
 template <typename Record>
 std::optional<Fault> VerifyCanonical(const WireOf<Record>& wire, const zt_arena* arena) noexcept
 {

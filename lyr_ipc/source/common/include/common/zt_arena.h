@@ -30,8 +30,8 @@ static_assert(std::is_trivially_copyable_v<zt_ptr_t> && std::is_trivially_copyab
 
 namespace vyn_connector::common::detail {
 
-// Where an arena is read: its start, and what offset + size of a pointer into it stay below. Two words, held in registers
-// while a message is read.
+// Where an arena is read: its start, and what offset + size of a pointer into it stay below. Two words, held in
+// registers while a message is read.
 struct Bounds {
     std::uintptr_t start;
     std::uintptr_t limit; // one more than the arena's size; 0: not even an empty array lies in it
@@ -45,11 +45,11 @@ constexpr Bounds BoundsBetween(std::uintptr_t start, std::uintptr_t end) noexcep
     return {start, end < start ? 0 : size + (isWhole ? 0 : 1)};
 }
 
-// Whether the bytes that `ptr` names lie before the arena's end and are a whole number of elements. This is the one test
-// that stands between a hostile message and memory outside its arena. The sum of two 32-bit numbers cannot wrap in 64
-// bits, so neither an offset that would lead back below the arena nor a size that would seem to end inside it gets past
-// the comparison. Deliberately not tested: the top (data behind it resolves) and the address's alignment (read elements
-// with memcpy).
+// Whether the bytes that `ptr` names lie before the arena's end and are a whole number of elements. This is the one
+// test that stands between a hostile message and memory outside its arena. The sum of two 32-bit numbers cannot wrap in
+// 64 bits, so neither an offset that would lead back below the arena nor a size that would seem to end inside it gets
+// past the comparison. Deliberately not tested: the top (data behind it resolves) and the address's alignment (read
+// elements with memcpy).
 constexpr bool Holds(Bounds arena, zt_ptr_t ptr, std::size_t elementSize) noexcept
 {
     if (std::uint64_t{ptr.offset} + ptr.size >= arena.limit) return false;
@@ -69,8 +69,8 @@ constexpr std::uintptr_t AlignUp(std::uintptr_t address, std::size_t alignment) 
 }
 
 // The arithmetic of a reservation: moves the top past `size` bytes aligned to `alignment` and returns their address, or
-// returns null and leaves the arena as it was. The bytes are as they were, stale ones of an earlier message perhaps: for
-// callers that overwrite every one of them. All others reserve.
+// returns null and leaves the arena as it was. The bytes are as they were, stale ones of an earlier message perhaps:
+// for callers that overwrite every one of them. All others reserve.
 inline void* Claim(zt_arena* arena, std::size_t size, std::size_t alignment) noexcept
 {
     const auto top = reinterpret_cast<std::uintptr_t>(arena->top);

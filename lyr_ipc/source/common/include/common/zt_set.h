@@ -23,9 +23,9 @@ void SetToZt(const std::unordered_set<Domain>& values, zt_ptr_t* out, zt_arena* 
     }
 }
 
-// Returns the distinct elements, each as `convert(const Wire&, const zt_arena*)` makes it. The writer's maximum does not
-// bind here; a repeated element is dropped without error. No capacity is reserved in advance: memory is spent only on
-// elements that were really converted.
+// Returns the distinct elements, each as `convert(const Wire&, const zt_arena*)` makes it. The writer's maximum does
+// not bind here; a repeated element is dropped without error. No capacity is reserved in advance: memory is spent only
+// on elements that were really converted.
 template <typename Wire, typename Domain, typename Convert>
 std::unordered_set<Domain> ZtToSet(const zt_ptr_t* ptr, const zt_arena* arena, Convert convert)
 {

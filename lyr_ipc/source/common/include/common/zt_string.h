@@ -1,6 +1,6 @@
-// Strings: on the wire exactly their bytes, without terminator or alignment, found through a zt_ptr_t. Writers enforce a
-// maximum length in bytes, readers take any length that lies inside the arena; the bytes are not interpreted.
-// Errors: see detail/codec.h.
+// Strings: on the wire exactly their bytes, without terminator or alignment, found through a zt_ptr_t. Writers enforce
+// a maximum length in bytes, readers take any length that lies inside the arena; the bytes are not interpreted. Errors:
+// see detail/codec.h.
 #pragma once
 
 #include <common/detail/codec.h>
@@ -9,8 +9,8 @@
 
 namespace vyn_connector::common {
 
-// Writes `text`, of at most MaxCount bytes, at the arena's top and points `*out` at it. An empty text takes no room; its
-// offset is that of the top. A zero byte is a byte like any other: nothing ends at it.
+// Writes `text`, of at most MaxCount bytes, at the arena's top and points `*out` at it. An empty text takes no room;
+// its offset is that of the top. A zero byte is a byte like any other: nothing ends at it.
 template <std::size_t MaxCount>
 void StringToZt(std::string_view text, zt_ptr_t* out, zt_arena* arena)
 {

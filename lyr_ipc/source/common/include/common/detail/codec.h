@@ -1,8 +1,8 @@
 // What the codecs share: what each of them raises, and the sequence by which a writer gets room in an arena. Raising is
 // out of line and cold, so that a codec's good path stays straight.
 //
-// Every codec throws mur::InvalidArgumentException for a null argument, before anything else, and names the check in it.
-// A writer then throws std::length_error where the value is over its limit, with nothing reserved, and
+// Every codec throws mur::InvalidArgumentException for a null argument, before anything else, and names the check in
+// it. A writer then throws std::length_error where the value is over its limit, with nothing reserved, and
 // mur::ResultCodeException (out of space) where the arena cannot take it. A reader throws std::out_of_range where the
 // pointer does not lie inside the arena or its size is not a whole number of elements. The codecs' headers say what
 // differs.
@@ -87,7 +87,7 @@ inline void RequireArgument(bool given, const char* file, int line)
 }
 
 // Points `*out` at what was reserved and returns where it is. The stored offset is cut to 32 bits, so the address
-// returned is not the reserved one but the one that a reader will compute from `*out`: null where that does not resolve.
+// returned is not the reserved one but what a reader will compute from `*out`: null where that does not resolve.
 inline std::uint8_t* PointAt(const void* reserved, zt_ptr_t* out, const zt_arena* arena, std::size_t size,
                              std::size_t elementSize) noexcept
 {

@@ -7,9 +7,9 @@
 
 namespace vyn_connector::common::detail {
 
-// Writes the record by the steps of the codecs, each with its checks, into a wire structure that is all zero, and raises
-// what the first step that fails raises. `Source` differs from `Domain` only where a record is written from a part of
-// it, or from something that holds the same members.
+// Writes the record by the steps of the codecs, each with its checks, into a wire structure that is all zero, and
+// raises what the first step that fails raises. `Source` differs from `Domain` only where a record is written from a
+// part of it, or from something that holds the same members.
 template <typename Domain, typename Source>
 void WriteRecord(const Source& value, std::uint8_t* wire, zt_arena* arena);
 
@@ -26,8 +26,8 @@ Domain ReadRecord(const std::uint8_t* wire, Bounds arena);
 template <typename Domain>
 Domain ReadElement(const std::uint8_t* wire, Bounds arena);
 
-// Where the top stands after the record is written, from a top at `at`; and after the largest one that a writer accepts.
-// Positions are addresses, or their remainders by 8.
+// Where the top stands after the record is written, from a top at `at`; and after the largest one that a writer
+// accepts. Positions are addresses, or their remainders by 8.
 template <typename Domain, typename Source>
 std::uintptr_t AfterRecord(const Source& value, std::uintptr_t at);
 template <typename Domain>

@@ -1,5 +1,5 @@
-// How the kinds of field put bytes and arrays into an arena straight. No step raises: a limit that is exceeded, or want of
-// room, is a position that is returned as `refused`, and the record is then written by the steps of the codecs.
+// How the kinds of field put bytes and arrays into an arena straight. No step raises: a limit that is exceeded, or want
+// of room, is a position that is returned as `refused`, and the record is then written by the steps of the codecs.
 #pragma once
 
 #include <common/detail/codec.h>
@@ -76,8 +76,8 @@ template <bool IsLong = false>
     Store(wire + sizeof(std::uint32_t), static_cast<std::uint32_t>(size));
 }
 
-// Copies the bytes, whose number a limit bounds, to position `at`, points `wire` at them, and returns the position behind
-// them.
+// Copies the bytes, whose number a limit bounds, to position `at`, points `wire` at them, and returns the position
+// behind them.
 template <bool IsLong = false>
 [[gnu::always_inline]] inline std::size_t PutBytes(const void* data, std::size_t size, std::uint8_t* wire,
                                                    std::size_t at, Room room) noexcept

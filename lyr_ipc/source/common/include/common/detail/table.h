@@ -1,5 +1,5 @@
-// What a record's table is made of, and the checks that the compiler makes of it. Included by record.h, which says how a
-// table is written; a caller needs none of this. The messages of the assertions are for whoever describes a record.
+// What a record's table is made of, and the checks that the compiler makes of it. Included by record.h, which says how
+// a table is written; a caller needs none of this. The messages of the assertions are for whoever describes a record.
 #pragma once
 
 #include <common/description.h>

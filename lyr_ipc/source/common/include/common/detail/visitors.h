@@ -1,5 +1,5 @@
-// The visitors behind verify.h: whether a message is good, what reading it takes, where its faults are, and whether it is
-// one that a writer writes.
+// The visitors behind verify.h: whether a message is good, what reading it takes, where its faults are, and whether it
+// is one that a writer writes.
 #pragma once
 
 #include <common/detail/reach.h>
@@ -17,8 +17,8 @@ struct Tolerant {
     static constexpr bool Expect(bool, FaultKind) { return true; }
 };
 
-// Says yes or no, as fast as that can be said: a reader's tests and nothing else. No pointer is asked whether it leads to
-// address 0; an arena that starts there gets a no in any case. FaultFinder has the last word on a no.
+// Says yes or no, as fast as that can be said: a reader's tests and nothing else. No pointer is asked whether it leads
+// to address 0; an arena that starts there gets a no in any case. FaultFinder has the last word on a no.
 struct Soundness : Tolerant {
     static constexpr bool inWireOrder = true;
 
@@ -85,8 +85,8 @@ private:
     }
 };
 
-// Sums up what a reader asks for. A pointer that leads nowhere takes nothing, and what is behind it is summed up all the
-// same.
+// Sums up what a reader asks for. A pointer that leads nowhere takes nothing, and what is behind it is summed up all
+// the same.
 struct Weight : Tolerant {
     static constexpr bool inWireOrder = true;
 
@@ -183,8 +183,8 @@ struct OnPath {
     FieldPath path;
 };
 
-// Tells `report(fault)` of each fault that a reader meets, in the reader's order, until that returns false. With a budget,
-// it has to stop at the first.
+// Tells `report(fault)` of each fault that a reader meets, in the reader's order, until that returns false. With a
+// budget, it has to stop at the first.
 template <typename Report>
 struct FaultFinder : Tolerant, OnPath {
     static constexpr bool inWireOrder = false;

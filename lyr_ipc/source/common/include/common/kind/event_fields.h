@@ -1,8 +1,8 @@
 // The kinds of an event's fields. Its strings are placed without zeroing their room, an empty one owns a byte, each has
 // a cap, and they are read against the arena's top and not its end. A reader and a writer built to these rules agree on
-// every edge. A field that fails clears the status; nothing is thrown, and the fields behind it go on. Each kind can say
-// afterwards in words what failed, with ": " or an index before it; a field without a fault is said to be "". The words for
-// reading are those of fault.h, which is too much to include for every caller.
+// every edge. A field that fails clears the status; nothing is thrown, and the fields behind it go on. Each kind can
+// say afterwards in words what failed, with ": " or an index before it; a field without a fault is said to be "". The
+// words for reading are those of fault.h, which is too much to include for every caller.
 #pragma once
 
 #include <common/array_view.h>

@@ -1,5 +1,5 @@
-// The kinds of field that lie in the wire structure alone and take nothing from the arena: numbers, flags, enumerations,
-// times, digests. No value of theirs is refused, in neither direction.
+// The kinds of field that lie in the wire structure alone and take nothing from the arena: numbers, flags,
+// enumerations, times, digests. No value of theirs is refused, in neither direction.
 #pragma once
 
 #include <common/detail/put.h>

@@ -1,5 +1,5 @@
-// The kind of a vector of described records: a pointer to an array of their wire structures. Tables name it as List<N>: a
-// writer refuses more than N elements; a reader makes as many as lie in the arena, in order.
+// The kind of a vector of described records: a pointer to an array of their wire structures. Tables name it as List<N>:
+// a writer refuses more than N elements; a reader makes as many as lie in the arena, in order.
 #pragma once
 
 #include <common/array_view.h>

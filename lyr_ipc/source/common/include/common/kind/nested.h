@@ -1,5 +1,5 @@
-// The kind of a described record inside another, by value. Its fields are written, read and refused as its own table says,
-// as if they were the outer record's.
+// The kind of a described record inside another, by value. Its fields are written, read and refused as its own table
+// says, as if they were the outer record's.
 #pragma once
 
 #include <common/detail/derived.h>
