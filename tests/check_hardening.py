@@ -4,9 +4,9 @@
     check_hardening.py --readelf READELF [--fortified] BINARY [OBJECT...]
 
 The loader is told to fill in all addresses at once and to seal them, no segment is both writable and executable, nor is
-the stack, a program can be loaded anywhere, functions have guards on the stack, and on x86-64 the binary and each object
-that it is made of keep to shadow stacks. On arm64 each object signs return addresses and has landing pads for jumps.
-With --fortified, which an optimised build deserves, copies that know their room check it."""
+the stack, a program can be loaded anywhere, functions have guards on the stack, and on x86-64 the binary and each
+object that it is made of keep to shadow stacks. On arm64 each object signs return addresses and has landing pads for
+jumps. With --fortified, which an optimised build deserves, copies that know their room check it."""
 import argparse
 import re
 import subprocess

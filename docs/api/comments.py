@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Makes the comments of a header Doxygen's, for Doxygen to read: comments.py HEADER. The one that opens the file describes
-the file, one before a declaration what it declares, and one behind a member that member. Those inside functions stay as
-they are."""
+"""Makes the comments of a header Doxygen's, for Doxygen to read: comments.py HEADER. The one that opens the file
+describes the file, one before a declaration what it declares, and one behind a member that member. Those inside
+functions stay as they are."""
 
 import re
 import sys

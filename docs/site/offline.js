@@ -1,5 +1,5 @@
-// Lets the search work where the pages are opened as files. A browser then neither fetches the index nor starts a worker,
-// so the index comes as a script, and the worker's script runs in a frame of the page. Loaded before the theme's own.
+// Lets the search work where the pages are opened as files. A browser then neither fetches the index nor starts a
+// worker, so the index is a script, and the worker's script runs in a frame of the page. Loaded before the theme's own.
 if (location.protocol === "file:") {
     const base = JSON.parse(document.getElementById("__config").text).base;
 

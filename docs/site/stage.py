@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Lays out the pages of the site, and its menu, for mkdocs: stage.py ROOT TARGET. A link to another page leads there; one to
-any other file of the tree becomes plain text, as the site does not carry it. A link to nothing is an error, and so is a
-page that is in no menu."""
+"""Lays out the pages of the site, and its menu, for mkdocs: stage.py ROOT TARGET. A link to another page leads there;
+one to any other file of the tree becomes plain text, as the site does not carry it. A link to nothing is an error, and
+so is a page that is in no menu."""
 
 import pathlib
 import posixpath

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Shows that scripts/abi finds what it is there for: in a copy of the sources it breaks the binary interface in one place
-# at a time, and each time the comparison has to fail and to name that place.
+# Shows that scripts/abi finds what it is there for: in a copy of the sources it breaks the binary interface in one
+# place at a time, and each time the comparison has to fail and to name that place.
 set -eu
 cd "$(dirname "$0")/../.."
 
@@ -21,7 +21,7 @@ compare() {
     "$copy/scripts/abi" >"$copy/output" 2>&1
 }
 
-# expectFailure WHAT FILE EDIT NAMED: with the sed script EDIT applied to FILE, the output has a line that matches NAMED.
+# expectFailure WHAT FILE EDIT NAMED: with the sed script EDIT applied to FILE, a line of the output matches NAMED.
 expectFailure() {
     cp "$copy/$2" "$copy/original"
     sed -i "$3" "$copy/$2"

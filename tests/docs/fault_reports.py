@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the examples of docs/fault-reports.md: each is a report that one of the page's tables has. Takes the source tree's
-root."""
+"""Checks the examples of docs/fault-reports.md: each is a report that one of the page's tables has. Takes the source
+tree's root."""
 
 import pathlib
 import re

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Does what docs/tutorial.md says, with its own commands and its own code, and compares what is printed with what it shows:
-tutorial.py ROOT FOLDER PREFIX. The library is taken as it lies in PREFIX; its installation is tested by itself."""
+"""Does what docs/tutorial.md says, with its own commands and its own code, and compares what is printed with what it
+shows: tutorial.py ROOT FOLDER PREFIX. The library is taken as it lies in PREFIX; its installation is tested by
+itself."""
 
 import os
 import pathlib

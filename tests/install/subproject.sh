@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the consumer in a project that includes the library's tree, which brings neither tests nor installed files along
-# unless it is asked to: subproject.sh CMAKE COMPILER SOURCE_DIR WORK_DIR BY
+# Builds the consumer in a project that includes the library's tree, which brings neither tests nor installed files
+# along unless it is asked to: subproject.sh CMAKE COMPILER SOURCE_DIR WORK_DIR BY
 set -eu
 cmake=$1 compiler=$2 sourceDir=$3 workDir=$4 by=$5
 
