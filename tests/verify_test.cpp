@@ -476,7 +476,8 @@ TEST(Fault, NamesTheIndexOfAnEventsString)
 
 TEST(Fault, LeavesOutOfItsPathWhatIsDeeperThanEightSteps)
 {
-    FieldPath path;
+    FieldPath paths[2]; // the second shows what is written behind the first
+    FieldPath& path = paths[0];
     for (const char* name : {"a", "b", "c", "d", "e", "f", "g", "h"})
         path.Push(name);
     path.SetIndex(7);
@@ -484,6 +485,7 @@ TEST(Fault, LeavesOutOfItsPathWhatIsDeeperThanEightSteps)
     path.Push("i");
     path.SetIndex(9);
     EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g.h[7]");
+    EXPECT_EQ(paths[1].Text(), "");
     path.Pop();
     path.Pop();
     EXPECT_EQ(path.Text(), "a.b.c.d.e.f.g");

@@ -28,7 +28,8 @@ struct Member<Pointer> {
     static constexpr const T& Of(const std::pair<const Key, Value>& entry)
     {
         using Pair = std::pair<Key, Value>;
-        static_assert(std::is_same_v<Class, Pair> && !std::is_same_v<Key, Value>);
+        static_assert(std::is_same_v<Class, Pair> && !std::is_same_v<Key, Value>,
+                      "an entry's key and value are of two types");
         if constexpr (std::is_same_v<T, Key>)
             return entry.first;
         else
