@@ -2,6 +2,7 @@
 // allocation of just the size, Decode gives the record back, and what the pair raises passes through.
 #include "any_record.h"
 #include "arena.h"
+#include "at_the_end.h"
 #include "conversion.h"
 #include "counted_allocations.h"
 #include "errors.h"
@@ -148,6 +149,20 @@ TYPED_TEST(EveryRecord, IsDecodedWithoutChangingTheBytes)
     EXPECT_EQ(BytesOf(message.wire), BytesOf(before.wire));
 }
 
+TYPED_TEST(EveryRecord, IsDecodedWithoutALookAtWhatIsBehindIt)
+{
+    using Wire = WireOf<TypeParam>;
+    for (const std::uint64_t size : {0u, 1u, 3u}) {
+        const auto record = any_record::OfSize<TypeParam>(size);
+        const Message<TypeParam> message = Encode(record);
+        const std::size_t used = message.arena.size();
+        const AtTheEnd wire(&message.wire, sizeof(Wire));
+        const AtTheEnd arena(message.arena.data(), used);
+        EXPECT_TRUE(Decode<TypeParam>(*reinterpret_cast<const Wire*>(wire.End() - sizeof(Wire)), arena.End() - used,
+                                      used) == AsRead(record));
+    }
+}
+
 TYPED_TEST(EveryRecord, IsDecodedFromNullWhereItNeedsNoArena)
 {
     const TypeParam record = Empty<TypeParam>();
@@ -242,6 +257,15 @@ TEST(Encode, NamesTheFirstFieldOnTheWireThatIsTooLong)
     ExpectLengthError([&] { Encode(event); }, "vyn event: field1: 129 bytes, at most 128");
 }
 
+TEST(Encode, NamesNoStringOfAnEventThatIsOfItsLimit)
+{
+    VynEvent event = any_record::Make<VynEvent>([](std::uint64_t limit) { return limit; });
+    event.stringArray[8] += 'x';
+    ExpectLengthError([&] { Encode(event); }, "vyn event: stringArray[8]: 513 bytes, at most 512");
+    event.stringArray[0] += 'x';
+    ExpectLengthError([&] { Encode(event); }, "vyn event: stringArray[0]: 513 bytes, at most 512");
+}
+
 TEST(Conversion, OfAnEventThrowsOutOfSpaceWhereItDoesNotFit)
 {
     TestArena arena(13); // each of its fourteen strings takes a byte
@@ -311,6 +335,20 @@ TEST(Decode, NamesTheFirstFieldOnTheWireThatFails)
     message.wire.field1.offset = 300;
     ExpectOutOfRange([&] { Decode(message); },
                      "vyn event: field1: zt_arena does not contain an element with the address 300");
+}
+
+TEST(Decode, NamesTheSeverityOfAnEventWithoutALookAtWhatIsBehindTheEvent)
+{
+    Message<VynEvent> message = Encode(VynEvent{});
+    message.wire.severity = 4;
+    const AtTheEnd wire(&message.wire, sizeof(message.wire));
+    const AtTheEnd arena(message.arena.data(), message.arena.size());
+    ExpectOutOfRange(
+        [&] {
+            Decode<VynEvent>(*reinterpret_cast<const WireOf<VynEvent>*>(wire.End() - sizeof(message.wire)),
+                             arena.End() - message.arena.size(), message.arena.size());
+        },
+        "vyn event: severity: 4 is greater than 3");
 }
 
 TEST(Decode, OfAnEventWithoutAnArenaNamesItsFirstString)

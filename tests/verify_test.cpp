@@ -3,6 +3,7 @@
 // known before it is paid.
 #include "counted_allocations.h"
 
+#include "at_the_end.h"
 #include "conversion.h"
 #include "errors.h"
 #include "faults.h"
@@ -13,7 +14,6 @@
 
 #include <ctime>
 #include <memory>
-#include <sys/mman.h>
 
 namespace vyn_connector {
 
@@ -175,27 +175,6 @@ TYPED_TEST(EveryRecord, IsWithinABudgetOfItsDecodedSizeAndOverOneOfAByteLess)
         EXPECT_FALSE(Verified<TypeParam>(message.wire, arena, bytes - 1).has_value());
     }
 }
-
-// Memory whose last bytes are these, with none behind them that could be read.
-class AtTheEnd {
-public:
-    AtTheEnd(const void* bytes, std::size_t size)
-        : start(static_cast<std::uint8_t*>(
-              mmap(nullptr, 2 * most, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
-    {
-        if (start == MAP_FAILED || size > most || mprotect(End(), most, PROT_NONE) != 0) throw std::bad_alloc();
-        if (size != 0) std::memcpy(End() - size, bytes, size);
-    }
-    ~AtTheEnd() { munmap(start, 2 * most); }
-    AtTheEnd(const AtTheEnd&) = delete;
-    AtTheEnd& operator=(const AtTheEnd&) = delete;
-
-    std::uint8_t* End() const { return start + most; }
-
-private:
-    static constexpr std::size_t most = 1 << 16;
-    std::uint8_t* start;
-};
 
 TYPED_TEST(EveryRecord, IsVerifiedWithoutALookAtWhatIsBehindIt)
 {

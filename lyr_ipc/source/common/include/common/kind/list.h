@@ -71,7 +71,7 @@ public:
         return *this;
     }
     friend bool operator==(ElementReader a, ElementReader b) { return a.element == b.element; }
-    friend bool operator!=(ElementReader a, ElementReader b) { return a.element != b.element; }
+    friend bool operator!=(ElementReader a, ElementReader b) { return !(a == b); }
 
 private:
     const std::uint8_t* element;

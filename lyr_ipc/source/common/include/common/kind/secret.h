@@ -23,6 +23,6 @@ namespace vyn_connector::common {
 template <typename Kind, typename = void>
 inline constexpr bool isSecret = false;
 template <typename Kind>
-inline constexpr bool isSecret<Kind, std::void_t<decltype(Kind::secret)>> = true;
+inline constexpr bool isSecret<Kind, std::void_t<decltype(Kind::secret)>> = Kind::secret;
 
 } // namespace vyn_connector::common
