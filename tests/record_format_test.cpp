@@ -3,10 +3,31 @@
 #include <common/message.h>
 #include <common/record_format.h>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+namespace vyn_connector {
+
+// A list whose elements have entries, as none of the library's has.
+struct Subscribers {
+    std::vector<VynSubscriptions> all;
+};
+
+} // namespace vyn_connector
+
+struct tq_vyn_connector_VynTypes_Subscribers {
+    zt_ptr_t all;
+};
+
+namespace vyn_connector::common {
+
+VYN_RECORD(Subscribers, Subscribers, 8, 4,
+    VYN_FIELD(0, 8, all, List<4>));
+
+} // namespace vyn_connector::common
 
 namespace {
 
@@ -16,6 +37,11 @@ using testing::HasSubstr;
 using testing::Not;
 
 static_assert(noexcept(common::MemberId<&Credentials::userName>()));
+
+// fmt would show what is only one of the two in its own way as well.
+static_assert(!common::detail::AreShownAsRecords(common::RecordList<std::vector<Credentials>>()));
+static_assert(!common::detail::AreShownAsRecords(common::RecordList<std::pair<int, Credentials>>()));
+static_assert(common::detail::AreShownAsRecords(common::RecordList<Credentials, ProxySettings>()));
 
 // As the record itself, and as a view of its message.
 template <typename Record>
@@ -143,6 +169,17 @@ TEST(RecordFormat, Subscriptions)
                                                             "    severity "));
     EXPECT_THAT(fmt::format("{}", subscriptions), HasSubstr("    severity 1                  (none)"));
     EXPECT_THAT(fmt::format("{:c}", subscriptions), HasSubstr("{severity: 1, eventTypes: []}"));
+}
+
+// Of the elements of a list, the values alone.
+TEST(RecordFormat, SubscriptionsInAList)
+{
+    Subscribers subscribers;
+    subscribers.all.resize(1);
+    subscribers.all[0].emplace(VynEventSeverity::Severity2, std::unordered_set<std::string>{"a", "b"});
+    EXPECT_EQ(fmt::format("{}", subscribers), "all\n"
+                                              "  2: a, b");
+    EXPECT_EQ(fmt::format("{:c}", subscribers), "{all: [{entries: [{severity: 2, eventTypes: [\"a\", \"b\"]}]}]}");
 }
 
 TEST(RecordFormat, AnEventsStrings)
