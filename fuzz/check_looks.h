@@ -207,19 +207,23 @@ inline VynSubscriptionsWithHash AsInMessage(const common::RecordView<VynSubscrip
     return {record.first, AsInMessage(view.Get<&VynSubscriptionsWithHash::second>(), record.second)};
 }
 
-// The byte that an empty string of an event takes is left to chance.
-inline void ClearWhatEmptyStringsTake(const common::WireOf<VynEvent>& wire, std::uint8_t* arena)
+// Whether the texts of an event are the same in two arenas. The byte that an empty one takes is left to chance; where
+// all are empty, there may be no memory at all.
+inline bool AreTextsEqual(const common::WireOf<VynEvent>& wire, const std::uint8_t* a, const std::uint8_t* b)
 {
+    bool areEqual = true;
     common::ForEachRow<VynEvent>([&](auto row) {
         using Row = decltype(row);
         if constexpr (std::is_class_v<typename Row::InDomain::Type>) { // a string or an array of them
             for (std::size_t at = Row::offset; at < Row::offset + Row::width; at += sizeof(zt_ptr_t)) {
                 zt_ptr_t text;
                 std::memcpy(&text, reinterpret_cast<const std::uint8_t*>(&wire) + at, sizeof(text));
-                if (text.size == 0) arena[text.offset] = 0;
+                if (text.size != 0)
+                    areEqual = areEqual && std::memcmp(a + text.offset, b + text.offset, text.size) == 0;
             }
         }
     });
+    return areEqual;
 }
 
 // Whose order is free. In another order, the sets of a map have other gaps before them.
@@ -258,12 +262,12 @@ void CheckCanonical(const common::WireOf<Record>& wire, const zt_arena& arena, c
         return;
     }
     Require(std::memcmp(&rewritten, &wire, sizeof(wire)) == 0, "a canonical message has another wire structure");
-    std::vector<std::uint8_t> received(arena.start, arena.top);
-    if constexpr (std::is_same_v<Record, VynEvent>) {
-        ClearWhatEmptyStringsTake(wire, received.data());
-        ClearWhatEmptyStringsTake(wire, start);
-    }
-    Require(std::equal(received.begin(), received.end(), start), "a canonical message has another arena");
+    bool areEqual = false;
+    if constexpr (std::is_same_v<Record, VynEvent>)
+        areEqual = AreTextsEqual(wire, arena.start, start);
+    else
+        areEqual = std::equal(arena.start, arena.top, start);
+    Require(areEqual, "a canonical message has another arena");
 }
 
 } // namespace library
