@@ -158,8 +158,8 @@ TYPED_TEST(EveryRecord, IsDecodedWithoutALookAtWhatIsBehindIt)
         const std::size_t used = message.arena.size();
         const AtTheEnd wire(&message.wire, sizeof(Wire));
         const AtTheEnd arena(message.arena.data(), used);
-        EXPECT_TRUE(Decode<TypeParam>(*reinterpret_cast<const Wire*>(wire.End() - sizeof(Wire)), arena.End() - used,
-                                      used) == AsRead(record));
+        EXPECT_TRUE(Decode<TypeParam>(*reinterpret_cast<const Wire*>(wire.Begin()), arena.Begin(), used) ==
+                    AsRead(record));
     }
 }
 
@@ -345,8 +345,8 @@ TEST(Decode, NamesTheSeverityOfAnEventWithoutALookAtWhatIsBehindTheEvent)
     const AtTheEnd arena(message.arena.data(), message.arena.size());
     ExpectOutOfRange(
         [&] {
-            Decode<VynEvent>(*reinterpret_cast<const WireOf<VynEvent>*>(wire.End() - sizeof(message.wire)),
-                             arena.End() - message.arena.size(), message.arena.size());
+            Decode<VynEvent>(*reinterpret_cast<const WireOf<VynEvent>*>(wire.Begin()), arena.Begin(),
+                             message.arena.size());
         },
         "vyn event: severity: 4 is greater than 3");
 }

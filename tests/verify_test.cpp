@@ -181,11 +181,10 @@ TYPED_TEST(EveryRecord, IsVerifiedWithoutALookAtWhatIsBehindIt)
     using Wire = WireOf<TypeParam>;
     for (const std::uint64_t size : {0u, 1u, 3u}) {
         const Received<TypeParam> message(OfSize<TypeParam>(size));
-        const std::size_t capacity = message.arena.Capacity();
         const AtTheEnd wire(&message.wire, sizeof(Wire));
-        const AtTheEnd bytes(message.arena.Start(), capacity);
-        const zt_arena arena{bytes.End() - capacity, bytes.End(), bytes.End()};
-        EXPECT_FALSE(Verify<TypeParam>(*reinterpret_cast<const Wire*>(wire.End() - sizeof(Wire)), &arena).has_value());
+        const AtTheEnd bytes(message.arena.Start(), message.arena.Capacity());
+        const zt_arena arena{bytes.Begin(), bytes.End(), bytes.End()};
+        EXPECT_FALSE(Verify<TypeParam>(*reinterpret_cast<const Wire*>(wire.Begin()), &arena).has_value());
     }
 }
 

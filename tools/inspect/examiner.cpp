@@ -412,7 +412,7 @@ void Examiner::ReportAt(std::uint32_t node, bool isShown, Reason reason, const P
 {
     ++(IsRefused(reason) ? message_.refused : message_.tolerated);
     if (!isShown) return;
-    // Each field that is shown keeps its first fault, and what readers refuse it for. Others may be too many.
+    // Each field that is shown keeps its first fault, and what readers refuse it for; there may be too many others.
     const bool isKept = node != noNode && (IsRefused(reason) || !message_.nodes[node].isFaulty);
     if (!isKept && message_.findings.size() >= extent_.mostFindings) return;
     if (node != noNode) message_.nodes[node].isFaulty = true;

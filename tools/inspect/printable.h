@@ -34,7 +34,7 @@ inline constexpr std::string_view masked = "********";
 // Whether the value of this node is to be left out: it is secret, or lies where a secret does.
 bool IsMasked(const Message& message, const Node& node, bool showsSecrets);
 
-// The value on one line: a number, "quoted text" cut behind `most` bytes, a blob's first bytes. Empty where none is.
+// The value on one line: a number, "quoted text" cut behind `most` bytes, a blob's first bytes. Empty without one.
 std::string ValueOf(const Message& message, const Node& node, bool showsSecrets, std::size_t most = 48);
 
 // "wire 0x0028", "arena 0x0018"

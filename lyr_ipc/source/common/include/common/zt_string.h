@@ -1,6 +1,6 @@
 // Strings: on the wire exactly their bytes, without terminator or alignment, found through a zt_ptr_t. Writers enforce
-// a maximum length in bytes, readers take any length that lies inside the arena; the bytes are not interpreted. Errors:
-// see detail/codec.h.
+// a maximum length in bytes, readers take any length that lies inside the arena; the bytes are not interpreted.
+// Errors: see detail/codec.h.
 #pragma once
 
 #include <common/detail/codec.h>
